@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Builds and runs every test: an optimised build with vector kernels, the same
+# suite on the scalar kernels, and a build under AddressSanitizer and
+# UndefinedBehaviorSanitizer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/bootstrap.sh
+jobs=$(nproc)
+
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTARO_WERROR=ON >/dev/null
+cmake --build build/release -j "$jobs"
+ctest --test-dir build/release --output-on-failure -j "$jobs"
+
+echo "== the same suite on the scalar kernels"
+VANTARO_SCALAR=1 ctest --test-dir build/release --output-on-failure -j "$jobs"
+
+echo "== under AddressSanitizer and UndefinedBehaviorSanitizer"
+cmake -S . -B build/asan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVANTARO_WERROR=ON \
+  -DVANTARO_SANITIZE=ON >/dev/null
+cmake --build build/asan -j "$jobs"
+ctest --test-dir build/asan --output-on-failure -j "$jobs"

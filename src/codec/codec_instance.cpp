@@ -1,0 +1,156 @@
+#include "codec/codec_instance.h"
+
+#include <new>
+
+#include "codec/quantiser.h"
+#include "diagnostics/codec_log.h"
+
+namespace vantaro {
+
+const char* const ColorSpaceNames[kColorSpaceCount] = {
+    "Invalid", "csNV12", "csNV16", "csNV24", "csYA20", "csYA22",  "csYA44",
+    "csYV12",  "csYUY2", "csUYVY", "csUYVA", "csAYUV", "csRGB24", "csRGB32",
+};
+
+// Bytes per pixel of a line as the driver counts it. The planar entries say 2
+// although a luma plane has one byte a pixel: the driver's line length for
+// them comes from here, and its decompress path relies on it.
+const int32_t ColorSpaceStep[kColorSpaceCount] = {1, 2, 2, 2, 2, 2, 2, 1, 2, 2, 2, 4, 3, 4};
+const int32_t ColorSpaceBits[kColorSpaceCount] = {8, 12, 16, 24, 12, 16, 24, 8, 16, 16, 24, 32, 24, 32};
+const uint8_t ColorSpaceHasAlpha[kColorSpaceCount] = {0, 0, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 0, 1};
+
+namespace {
+
+struct StreamVariant {
+  char digit;
+  uint32_t chromaFamily;
+  uint8_t hasAlpha;
+  uint8_t dctAlpha;
+  const char* label;
+};
+
+constexpr StreamVariant kVariants[] = {
+    {'0', 0, 0, 0, "VTQ0 (4:2:0)"},   {'1', 1, 1, 0, "VTQ1 (4:2:0:4)"},
+    {'2', 2, 0, 0, "VTQ2 (4:2:2)"},   {'3', 3, 1, 0, "VTQ3 (4:2:2:4)"},
+    {'4', 4, 0, 0, "VTQ4 (4:4:4)"},   {'5', 5, 1, 0, "VTQ5 (4:4:4:4)"},
+    {'7', 3, 1, 1, "VTQ7 (4:2:2:4)"}, {'9', 5, 1, 1, "VTQ9 (4:4:4:4)"},
+};
+
+const StreamVariant* FindVariant(uint32_t fourcc) {
+  for (const StreamVariant& v : kVariants) {
+    if (fourcc == MakeFourCC('V', 'T', 'Q', v.digit) || fourcc == MakeFourCC('v', 't', 'q', v.digit)) {
+      return &v;
+    }
+  }
+  return nullptr;
+}
+
+int32_t Abs32(int32_t v) { return v < 0 ? static_cast<int32_t>(0u - static_cast<uint32_t>(v)) : v; }
+
+}  // namespace
+
+bool IsStreamFourCC(uint32_t fourcc, uint32_t* upper) {
+  const StreamVariant* v = FindVariant(fourcc);
+  if (v != nullptr && upper != nullptr) *upper = MakeFourCC('V', 'T', 'Q', v->digit);
+  return v != nullptr;
+}
+
+const char* StreamFourCCLabel(uint32_t upperFourcc) {
+  for (const StreamVariant& v : kVariants) {
+    if (upperFourcc == MakeFourCC('V', 'T', 'Q', v.digit)) return v.label;
+  }
+  return nullptr;
+}
+
+void InitInstance(CodecInstance* instance) {
+  instance->frameBase = nullptr;
+  instance->quality = 0;
+  instance->reciprocalTable =
+      static_cast<float*>(::operator new(64 * sizeof(float), std::align_val_t{16}));
+  instance->multiplierTable =
+      static_cast<uint16_t*>(::operator new(64 * sizeof(uint16_t), std::align_val_t{16}));
+  SetQuality(instance, 96);
+  instance->topDown = 0;
+  // Defined values for an instance whose FourCC turns out unknown.
+  instance->width = 0;
+  instance->height = 0;
+  instance->fourcc = 0;
+  instance->chromaFamily = 0;
+  instance->hasAlpha = 0;
+  instance->dctAlpha = 0;
+  instance->colorSpace = kCsInvalid;
+}
+
+void ReleaseInstance(CodecInstance* instance) {
+  if (instance->multiplierTable != nullptr) {
+    ::operator delete(instance->multiplierTable, std::align_val_t{16});
+    instance->multiplierTable = nullptr;
+  }
+  if (instance->reciprocalTable != nullptr) {
+    ::operator delete(instance->reciprocalTable, std::align_val_t{16});
+    instance->reciprocalTable = nullptr;
+  }
+}
+
+void SetStreamFormat(CodecInstance* instance, uint32_t fourcc) {
+  const StreamVariant* v = FindVariant(fourcc);
+  if (v == nullptr) return;
+  instance->fourcc = MakeFourCC('V', 'T', 'Q', v->digit);
+  instance->chromaFamily = v->chromaFamily;
+  instance->hasAlpha = v->hasAlpha;
+  instance->dctAlpha = v->dctAlpha;
+}
+
+int32_t ColorSpaceFromHeader(const BITMAPINFOHEADER* header) {
+  const uint32_t compression = header->biCompression;
+  const uint16_t bits = header->biBitCount;
+  if (compression == MakeFourCC('Y', 'U', 'Y', '2')) return kCsYUY2;
+  // VYUY lands on YUY2 with no byte swap of any kind: kept as the codec has it.
+  if (compression == MakeFourCC('V', 'Y', 'U', 'Y')) return kCsYUY2;
+  if (compression == MakeFourCC('N', 'V', '1', '2')) return kCsNV12;
+  if (compression == MakeFourCC('N', 'V', '1', '6')) return kCsNV16;
+  if (compression == MakeFourCC('N', 'V', '2', '4')) return kCsNV24;
+  if (compression == MakeFourCC('Y', 'A', '2', '0')) return kCsYA20;
+  if (compression == MakeFourCC('Y', 'A', '2', '2')) return kCsYA22;
+  if (compression == MakeFourCC('Y', 'A', '4', '4')) return kCsYA44;
+  // A UYVY header of 24 bits or more declares the alpha plane behind the lines.
+  if (compression == MakeFourCC('U', 'Y', 'V', 'Y')) return bits < 24 ? kCsUYVY : kCsUYVA;
+  if (compression == MakeFourCC('U', 'Y', 'V', 'A')) return kCsUYVA;
+  if (compression == MakeFourCC('A', 'Y', 'U', 'V')) return kCsAYUV;
+  if (compression == kBiRgb || compression == kBiBitfields ||
+      compression == MakeFourCC('D', 'I', 'B', ' ')) {
+    if (bits == 24) return kCsRGB24;
+    if (bits == 32) return kCsRGB32;
+  }
+  return kCsInvalid;
+}
+
+int64_t BeginCompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader) {
+  instance->width = inputHeader->biWidth;
+  instance->height = Abs32(inputHeader->biHeight);
+  instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(inputHeader));
+  CodecLog("CompressBegin", "Resolution = %dx%d (%s)", instance->width, instance->height,
+           ColorSpaceNames[instance->colorSpace]);
+  const uint8_t a = instance->hasAlpha;
+  const uint8_t c = ColorSpaceHasAlpha[instance->colorSpace];
+  if (instance->colorSpace == kCsInvalid) return kIcErrBadFormat;
+  if (a == 0 && c == 1) return kIcErrBadFormat;
+  // An RGB24 source may feed an alpha stream; its alpha is simply absent.
+  if (a == 1 && c == 0 && instance->colorSpace != kCsRGB24) return kIcErrBadFormat;
+  return kIcErrOk;
+}
+
+int64_t BeginDecompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader,
+                        const BITMAPINFOHEADER* outputHeader) {
+  if (inputHeader->biWidth != outputHeader->biWidth ||
+      Abs32(inputHeader->biHeight) != Abs32(outputHeader->biHeight)) {
+    return kIcErrBadFormat;
+  }
+  instance->width = inputHeader->biWidth;
+  instance->height = Abs32(inputHeader->biHeight);
+  instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(outputHeader));
+  CodecLog("DecompressBegin", "ColorSpace = %s", ColorSpaceNames[instance->colorSpace]);
+  return kIcErrOk;
+}
+
+}  // namespace vantaro

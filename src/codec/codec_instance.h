@@ -1,0 +1,77 @@
+// The per-stream state that every codec function takes first, the stream
+// variants, and the uncompressed layouts (colour spaces).
+#pragma once
+
+#include <cstdint>
+
+#include "platform/platform_types.h"
+
+namespace vantaro {
+
+// Uncompressed pixel layouts. 7 has a name and no code: nothing maps to it.
+enum ColorSpace : uint32_t {
+  kCsInvalid = 0,
+  kCsNV12 = 1,
+  kCsNV16 = 2,
+  kCsNV24 = 3,
+  kCsYA20 = 4,
+  kCsYA22 = 5,
+  kCsYA44 = 6,
+  kCsYV12 = 7,
+  kCsYUY2 = 8,
+  kCsUYVY = 9,
+  kCsUYVA = 10,
+  kCsAYUV = 11,
+  kCsRGB24 = 12,
+  kCsRGB32 = 13,
+};
+constexpr uint32_t kColorSpaceCount = 14;
+
+// The planar layouts carry a second plane of interleaved U, V.
+constexpr bool IsPlanar(uint32_t colorSpace) {
+  return colorSpace >= kCsNV12 && colorSpace <= kCsYA44;
+}
+
+struct CodecInstance {
+  float* reciprocalTable;     // 64 encoder reciprocals, 16-byte aligned, owned
+  uint16_t* multiplierTable;  // 64 decoder multipliers, 16-byte aligned, owned
+  int32_t width;              // biWidth as given
+  int32_t height;             // |biHeight|: frame lines, both fields
+  uint32_t fourcc;            // upper-case stream FourCC
+  uint32_t chromaFamily;      // 0,1: 4:2:0; 2,3: 4:2:2; 4,5: 4:4:4; odd has alpha
+  uint8_t hasAlpha;
+  uint8_t dctAlpha;           // alpha coded as four more luma-like blocks
+  uint8_t topDown;            // driver only: uncompressed side is top-down
+  uint32_t colorSpace;        // ColorSpace of the uncompressed side
+  const uint8_t* frameBase;   // first line of the frame being coded; csUYVA alpha
+  uint32_t quality;           // 100 minus the quantiser scale
+};
+
+// Global colour-space tables, indexed by ColorSpace.
+extern const char* const ColorSpaceNames[kColorSpaceCount];
+extern const int32_t ColorSpaceStep[kColorSpaceCount];
+extern const int32_t ColorSpaceBits[kColorSpaceCount];
+extern const uint8_t ColorSpaceHasAlpha[kColorSpaceCount];
+
+// Constructs in place: null frameBase, tables allocated, quality 96, format
+// fields zeroed (an unknown FourCC then leaves a defined, empty instance).
+void InitInstance(CodecInstance* instance);
+// Frees both tables; each step skipped if already null.
+void ReleaseInstance(CodecInstance* instance);
+
+// Accepts the eight stream FourCCs in either case; anything else is ignored.
+void SetStreamFormat(CodecInstance* instance, uint32_t fourcc);
+// True for VTQ0..VTQ5, VTQ7, VTQ9 in either case; `upper` gets the upper form.
+bool IsStreamFourCC(uint32_t fourcc, uint32_t* upper = nullptr);
+// The log label of an upper-case stream FourCC ("VTQ2 (4:2:2)"), or null.
+const char* StreamFourCCLabel(uint32_t upperFourcc);
+
+int32_t ColorSpaceFromHeader(const BITMAPINFOHEADER* header);
+
+// 0, or -2 for an unusable layout or an alpha mismatch. Fields stay written.
+int64_t BeginCompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader);
+// 0, or -2 if the two sizes differ (instance then unchanged).
+int64_t BeginDecompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader,
+                        const BITMAPINFOHEADER* outputHeader);
+
+}  // namespace vantaro

@@ -1,0 +1,56 @@
+// The drivers between the front doors and the slice walks: a frame is two
+// fields, a field is four slices, and each slice picks its walk once.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "codec/codec_instance.h"
+
+namespace vantaro {
+
+constexpr size_t kUnknownSize = SIZE_MAX;
+
+// Writes one field. `stream` is the frame's start for both fields; field 0
+// writes the header, any other value reads the second-field offset the first
+// field left there. `capacity` is the writable size of `stream` (kUnknownSize
+// when the caller gave none). Result: bytes in use up to here, plus 4.
+// Throws EncodeError when the stream would not fit `capacity`, or a planar
+// layout has no second plane.
+int64_t CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                      const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t field);
+
+// Writes both fields of the frame at `picture`, `stride` being the frame's
+// line distance. Sets `frameBase`.
+int64_t CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                      const uint8_t* picture, const uint8_t* chroma, int32_t stride);
+
+// What the decoder may read and what the fault capture may copy. A zero
+// `streamSize` means the caller gave no length: the frame's own declared
+// extent (second-field offset and slice lengths) bounds every read then.
+struct DecodeExtent {
+  size_t streamSize = 0;
+  size_t pictureReadable = 0;  // bytes readable from the field's `picture`; 0 if unknown
+};
+
+// Reads one field from the frame at `stream`. Always answers 0. A decoding
+// fault ends this field's work, is captured once (VTQ_Crash_Input/Output)
+// and leaves what was already stored in the picture.
+int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chroma,
+                        const uint8_t* stream, int32_t stride, uint32_t field,
+                        const DecodeExtent& extent = {});
+
+// Reads both fields; sets `frameBase`. Always answers 0.
+int64_t DecompressFrame(CodecInstance* instance, uint8_t* picture, uint8_t* chroma,
+                        const uint8_t* stream, int32_t stride, size_t streamSize = 0);
+
+// The second field's chroma starts this far after the first's. Half a line for
+// NV24, YA20 and YA22: right for the YA pair, whose luma lines are twice as
+// long as their chroma lines, and half a chroma line in for NV24, which both
+// directions have always done and the streams depend on.
+int32_t SecondFieldChromaOffset(uint32_t colorSpace, int32_t stride);
+
+// Bytes per pixel of the main plane of a layout (0 for Invalid and csYV12).
+int32_t MainPlaneBytesPerPixel(uint32_t colorSpace);
+
+}  // namespace vantaro
