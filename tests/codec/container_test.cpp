@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "codec/bit_stream.h"
+#include "codec/codec_instance.h"
+#include "codec/field_flow.h"
+#include "codec/slice_walks.h"
+#include "vantaro/vantaro.h"
+
+namespace vantaro {
+namespace {
+
+TEST(BitStream, PutCodeFillsBytesFromTheLowBitAndKeepsTheCarry) {
+  uint8_t buffer[16] = {};
+  BitWriter w{buffer, 0, 0, sizeof buffer};
+  PutCode(w, 0x1FFF, 13);  // 13 one bits
+  PutCode(w, 6, 4);        // end of block, transmitted 0110
+  EXPECT_EQ(w.bitPos, 17u);
+  EXPECT_EQ(buffer[0], 0xFF);
+  EXPECT_EQ(buffer[1], 0x1F | (6 << 5));
+  EXPECT_EQ(w.carry, 0u);  // 5 + 4 bits completed byte 1; bit 16 holds a 0
+  EXPECT_EQ(buffer[2], 0);
+  PutCode(w, 1, 1);
+  EXPECT_EQ(w.carry, 2u);
+  EXPECT_EQ(buffer[2], 2);
+  SkipToByte(w);
+  EXPECT_EQ(w.bitPos, 24u);
+  EXPECT_EQ(w.carry, 0u);
+}
+
+TEST(BitStream, BoundedLoadsReadNothingPastTheEnd) {
+  const uint8_t bytes[5] = {1, 2, 3, 4, 5};
+  EXPECT_EQ(LoadLeBounded(bytes, bytes + 5, 8), 0x0504030201ull);
+  EXPECT_EQ(LoadLeBounded(bytes + 3, bytes + 5, 8), 0x0504ull);
+  EXPECT_EQ(LoadLeBounded(bytes + 5, bytes + 5, 8), 0ull);
+  EXPECT_EQ(LoadLeBounded(bytes, bytes + 5, 3), 0x030201ull);
+}
+
+BITMAPINFOHEADER Header(uint32_t compression, uint16_t bits, int32_t width, int32_t height) {
+  BITMAPINFOHEADER h{};
+  h.biSize = 40;
+  h.biWidth = width;
+  h.biHeight = height;
+  h.biBitCount = bits;
+  h.biCompression = compression;
+  return h;
+}
+
+uint32_t Le24(const uint8_t* p) { return p[0] | (p[1] << 8) | (p[2] << 16); }
+
+TEST(Container, UnusableLayoutGivesTheEmptyFrame) {
+  const BITMAPINFOHEADER h = Header(kBiRgb, 16, 64, 64);  // 16-bit RGB: index 0
+  void* encoder = VTC_CompressFieldBegin(&h, VTC_FOURCC('V', 'T', 'Q', '2'));
+  std::vector<uint8_t> stream(64, 0xEE);
+  std::vector<uint8_t> picture(64 * 64 * 2, 0x80);
+  EXPECT_EQ(VTC_CompressFrame(encoder, stream.data(), picture.data(), 128), 32);
+  EXPECT_EQ(stream[0], 96);
+  EXPECT_EQ(Le24(&stream[1]), 16u);  // 4 + four empty slices
+  for (int s = 0; s < 8; ++s) EXPECT_EQ(Le24(&stream[4 + 3 * s]), 3u) << "slice " << s;
+  VTC_CompressFieldEnd(encoder);
+}
+
+TEST(Container, FieldResultsCountBytesSoFarPlusFour) {
+  const BITMAPINFOHEADER h = Header(kBiRgb, 16, 64, 64);
+  void* encoder = VTC_CompressFieldBegin(&h, VTC_FOURCC('v', 't', 'q', '0'));
+  std::vector<uint8_t> stream(64, 0);
+  std::vector<uint8_t> picture(64 * 64 * 2, 0);
+  EXPECT_EQ(VTC_CompressField(encoder, stream.data(), picture.data(), 256, 0), 20);
+  EXPECT_EQ(VTC_CompressField(encoder, stream.data(), picture.data() + 128, 256, 1), 32);
+  VTC_CompressFieldEnd(encoder);
+  EXPECT_EQ(VTC_CompressFieldEnd(nullptr), 0);
+  EXPECT_EQ(VTC_DecompressFieldEnd(nullptr), 0);
+}
+
+TEST(Container, WriterNeverPassesItsCapacity) {
+  CodecInstance instance;
+  InitInstance(&instance);
+  std::vector<uint8_t> stream(40, 0xAB);
+  const uint8_t picture[4] = {};
+  EXPECT_THROW(CompressField(&instance, stream.data(), 7, picture, nullptr, 0, 0), EncodeError);
+  EXPECT_THROW(CompressField(&instance, stream.data(), 12, picture, nullptr, 0, 0), EncodeError);
+  for (size_t i = 12; i < stream.size(); ++i) ASSERT_EQ(stream[i], 0xAB) << i;
+  // 4 header bytes + 4 * 3 slice bytes + the 4-byte reach of the last store.
+  EXPECT_EQ(CompressField(&instance, stream.data(), 20, picture, nullptr, 0, 0), 20);
+  ReleaseInstance(&instance);
+}
+
+TEST(Container, DecoderFollowsTheQualityByteOnlyInOneToNinetyNine) {
+  CodecInstance instance;
+  InitInstance(&instance);
+  SetStreamFormat(&instance, MakeFourCC('V', 'T', 'Q', '0'));
+  uint8_t frame[32] = {89, 16, 0, 0, 3, 0, 0, 3, 0, 0, 3, 0, 0, 3, 0, 0,
+                       3,  0,  0, 3, 0, 0, 3, 0, 0, 3, 0, 0, 0, 0, 0, 0};
+  uint8_t picture[4] = {};
+  DecompressField(&instance, picture, nullptr, frame, 0, 1);
+  EXPECT_EQ(instance.quality, 90u);  // read on either field, snapped to the ladder
+  frame[0] = 0;
+  DecompressField(&instance, picture, nullptr, frame, 0, 0);
+  EXPECT_EQ(instance.quality, 90u);
+  frame[0] = 100;
+  DecompressField(&instance, picture, nullptr, frame, 0, 0);
+  EXPECT_EQ(instance.quality, 90u);
+  frame[0] = 1;
+  DecompressField(&instance, picture, nullptr, frame, 0, 0);
+  EXPECT_EQ(instance.quality, 4u);
+  ReleaseInstance(&instance);
+}
+
+TEST(Container, SecondFieldChromaStartsHalfALineInForNv24AndTheYaPair) {
+  EXPECT_EQ(SecondFieldChromaOffset(kCsNV24, 1440), 720);
+  EXPECT_EQ(SecondFieldChromaOffset(kCsYA20, -1441), -720);
+  EXPECT_EQ(SecondFieldChromaOffset(kCsYA22, 1440), 720);
+  EXPECT_EQ(SecondFieldChromaOffset(kCsNV12, 1440), 1440);
+  EXPECT_EQ(SecondFieldChromaOffset(kCsYA44, 1440), 1440);
+}
+
+}  // namespace
+}  // namespace vantaro

@@ -1,0 +1,141 @@
+#include <gtest/gtest.h>
+
+#include "codec/codec_instance.h"
+#include "codec/slice_layout.h"
+
+namespace vantaro {
+namespace {
+
+BITMAPINFOHEADER Header(uint32_t compression, uint16_t bits, int32_t width = 64,
+                        int32_t height = 64) {
+  BITMAPINFOHEADER h{};
+  h.biSize = 40;
+  h.biWidth = width;
+  h.biHeight = height;
+  h.biBitCount = bits;
+  h.biCompression = compression;
+  return h;
+}
+
+struct Instance {
+  CodecInstance value;
+  explicit Instance(uint32_t fourcc) {
+    InitInstance(&value);
+    SetStreamFormat(&value, fourcc);
+  }
+  ~Instance() { ReleaseInstance(&value); }
+};
+
+TEST(Instance, StreamFormatsInEitherCase) {
+  Instance upper(MakeFourCC('V', 'T', 'Q', '3'));
+  Instance lower(MakeFourCC('v', 't', 'q', '3'));
+  EXPECT_EQ(lower.value.fourcc, MakeFourCC('V', 'T', 'Q', '3'));
+  EXPECT_EQ(lower.value.chromaFamily, upper.value.chromaFamily);
+  EXPECT_EQ(lower.value.hasAlpha, 1);
+  Instance dct(MakeFourCC('V', 'T', 'Q', '7'));
+  EXPECT_EQ(dct.value.chromaFamily, 3u);
+  EXPECT_EQ(dct.value.dctAlpha, 1);
+  Instance dct444(MakeFourCC('v', 't', 'q', '9'));
+  EXPECT_EQ(dct444.value.chromaFamily, 5u);
+  EXPECT_EQ(dct444.value.dctAlpha, 1);
+  Instance unknown(MakeFourCC('V', 'T', 'Q', '6'));
+  EXPECT_EQ(unknown.value.fourcc, 0u);
+  EXPECT_EQ(unknown.value.quality, 96u);
+}
+
+TEST(Instance, ColorSpaceFromHeader) {
+  {
+    const BITMAPINFOHEADER vyuy = Header(MakeFourCC('V', 'Y', 'U', 'Y'), 16);
+    EXPECT_EQ(ColorSpaceFromHeader(&vyuy), kCsYUY2);  // no byte swap of any kind
+  }
+  const struct {
+    uint32_t compression;
+    uint16_t bits;
+    int32_t expected;
+  } cases[] = {
+      {MakeFourCC('Y', 'U', 'Y', '2'), 0, kCsYUY2},  {MakeFourCC('N', 'V', '1', '2'), 12, kCsNV12},
+      {MakeFourCC('N', 'V', '2', '4'), 0, kCsNV24},  {MakeFourCC('Y', 'A', '2', '2'), 0, kCsYA22},
+      {MakeFourCC('U', 'Y', 'V', 'Y'), 16, kCsUYVY}, {MakeFourCC('U', 'Y', 'V', 'Y'), 24, kCsUYVA},
+      {MakeFourCC('U', 'Y', 'V', 'Y'), 32, kCsUYVA}, {MakeFourCC('U', 'Y', 'V', 'A'), 0, kCsUYVA},
+      {MakeFourCC('A', 'Y', 'U', 'V'), 0, kCsAYUV},  {kBiRgb, 24, kCsRGB24},
+      {kBiBitfields, 32, kCsRGB32},                  {MakeFourCC('D', 'I', 'B', ' '), 24, kCsRGB24},
+      {kBiRgb, 16, kCsInvalid},                      {MakeFourCC('Y', 'V', '1', '2'), 12, kCsInvalid},
+      {MakeFourCC('y', 'u', 'y', '2'), 16, kCsInvalid},
+  };
+  for (const auto& c : cases) {
+    const BITMAPINFOHEADER h = Header(c.compression, c.bits);
+    EXPECT_EQ(ColorSpaceFromHeader(&h), c.expected) << std::hex << c.compression << " " << c.bits;
+  }
+}
+
+TEST(Instance, BeginCompressRefusesAlphaMismatchesButLetsRgb24FeedAlpha) {
+  const struct {
+    char variant;
+    uint32_t compression;
+    uint16_t bits;
+    int64_t expected;
+  } cases[] = {
+      {'1', kBiRgb, 24, 0},
+      {'1', MakeFourCC('Y', 'U', 'Y', '2'), 16, -2},
+      {'0', kBiRgb, 32, -2},
+      {'1', MakeFourCC('A', 'Y', 'U', 'V'), 32, 0},
+      {'0', kBiRgb, 16, -2},
+      {'2', MakeFourCC('U', 'Y', 'V', 'Y'), 16, 0},
+      {'9', MakeFourCC('N', 'V', '2', '4'), 24, -2},
+  };
+  for (const auto& c : cases) {
+    Instance instance(MakeFourCC('V', 'T', 'Q', c.variant));
+    const BITMAPINFOHEADER h = Header(c.compression, c.bits, 720, -480);
+    EXPECT_EQ(BeginCompress(&instance.value, &h), c.expected) << c.variant;
+    EXPECT_EQ(instance.value.height, 480);  // written whatever the verdict
+    EXPECT_EQ(instance.value.width, 720);
+  }
+}
+
+TEST(Instance, BeginDecompressComparesMagnitudesOnly) {
+  Instance instance(MakeFourCC('V', 'T', 'Q', '2'));
+  const BITMAPINFOHEADER stream = Header(MakeFourCC('V', 'T', 'Q', '2'), 16, 720, 480);
+  BITMAPINFOHEADER out = Header(kBiRgb, 32, 720, -480);
+  EXPECT_EQ(BeginDecompress(&instance.value, &stream, &out), 0);
+  EXPECT_EQ(instance.value.colorSpace, kCsRGB32);
+  out.biWidth = 704;
+  out.biCompression = MakeFourCC('Y', 'U', 'Y', '2');
+  EXPECT_EQ(BeginDecompress(&instance.value, &stream, &out), -2);
+  EXPECT_EQ(instance.value.colorSpace, kCsRGB32);  // unchanged on refusal
+}
+
+TEST(Instance, ReleaseIsIdempotent) {
+  CodecInstance instance;
+  InitInstance(&instance);
+  ReleaseInstance(&instance);
+  EXPECT_EQ(instance.reciprocalTable, nullptr);
+  EXPECT_EQ(instance.multiplierTable, nullptr);
+  ReleaseInstance(&instance);
+}
+
+TEST(SliceLayout, RowsAreDealtRoundRobin) {
+  const struct {
+    int32_t height;
+    SliceRows rows[4];
+  } cases[] = {
+      {32, {{1, false, 0}, {0, false, 0}, {0, false, 0}, {0, false, 0}}},
+      {48, {{1, false, 0}, {0, true, 8}, {0, false, 0}, {0, false, 0}}},
+      {160, {{2, false, 0}, {1, false, 0}, {1, false, 0}, {1, false, 0}}},
+      {480, {{4, false, 0}, {4, false, 0}, {4, false, 0}, {3, false, 0}}},
+      {486, {{4, false, 0}, {4, false, 0}, {4, false, 0}, {3, true, 3}}},
+      {1080, {{9, false, 0}, {8, true, 12}, {8, false, 0}, {8, false, 0}}},
+      {31, {{0, true, 15}, {0, false, 0}, {0, false, 0}, {0, false, 0}}},
+      {33, {{1, false, 0}, {0, true, 0}, {0, false, 0}, {0, false, 0}}},
+  };
+  for (const auto& c : cases) {
+    for (uint32_t s = 0; s < 4; ++s) {
+      const SliceRows r = SliceRowsFor(c.height, s);
+      EXPECT_EQ(r.fullRows, c.rows[s].fullRows) << c.height << " slice " << s;
+      EXPECT_EQ(r.hasPartialRow, c.rows[s].hasPartialRow) << c.height << " slice " << s;
+      EXPECT_EQ(r.partialLines, c.rows[s].partialLines) << c.height << " slice " << s;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vantaro
