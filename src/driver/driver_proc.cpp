@@ -1,0 +1,279 @@
+// The installable compressor's entry: the message table, opening and closing
+// an instance, the identity record and the quality messages. The frame work
+// is in the compress and decompress handlers.
+#include <cstddef>
+#include <new>
+
+#include "codec/codec_instance.h"
+#include "codec/quantiser.h"
+#include "diagnostics/codec_log.h"
+#include "driver/compress_handlers.h"
+#include "driver/decompress_handlers.h"
+#include "platform/driver_host.h"
+#include "platform/vfw_records.h"
+#include "vantaro/driver.h"
+
+namespace vantaro {
+
+// The public records a host compiles against are the ones read here.
+static_assert(sizeof(ICOPEN) == sizeof(IcOpen) && offsetof(ICOPEN, dwError) == offsetof(IcOpen, dwError));
+static_assert(sizeof(ICINFO) == sizeof(IcInfo) &&
+              offsetof(ICINFO, szDescription) == offsetof(IcInfo, szDescription));
+static_assert(sizeof(ICCOMPRESS) == sizeof(IcCompress) &&
+              offsetof(ICCOMPRESS, lpdwFlags) == offsetof(IcCompress, lpdwFlags) &&
+              offsetof(ICCOMPRESS, lpPrev) == offsetof(IcCompress, lpPrev));
+static_assert(sizeof(ICDECOMPRESS) == sizeof(IcDecompress) &&
+              offsetof(ICDECOMPRESS, ckid) == offsetof(IcDecompress, ckid));
+
+namespace {
+
+// The FourCC of the instance opened last in the process, upper case, or 0.
+// Process-wide on purpose: ICM_GETINFO on any instance describes this one.
+uint32_t g_lastOpenedFourCC = 0;
+
+template <typename T>
+T* Param(int64_t value) {
+  return reinterpret_cast<T*>(static_cast<intptr_t>(value));
+}
+
+// The log lines print an address as eight hex digits: its low 32 bits.
+uint32_t LogAddress(const void* address) {
+  return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(address));
+}
+
+int64_t OnLoad() {
+  CodecLog("DriverProc", "DRV_LOAD");
+  DriverHost& host = CurrentDriverHost();
+  if (host.ProcessorHasSse2()) return 1;
+  host.ShowMessageBox("This codec Requires SSE2.", "Error", kMbIconError);
+  return 0;
+}
+
+CodecInstance* NewInstance() {
+  auto* instance = new (std::nothrow) CodecInstance;
+  if (instance == nullptr) return nullptr;
+  try {
+    InitInstance(instance);
+  } catch (...) {
+    delete instance;
+    return nullptr;
+  }
+  return instance;
+}
+
+int64_t OnOpen(IcOpen* open) {
+  g_lastOpenedFourCC = 0;
+  if (open != nullptr) {
+    open->dwError = 0;
+    // Only video compressors are served; the refusal gives the manager no reason.
+    if (open->fccType != kIcTypeVideo) {
+      CodecLog("DriverProc", "DRV_OPEN 0x%8.8x", 0u);
+      return 0;
+    }
+  }
+  CodecInstance* instance = NewInstance();
+  if (instance == nullptr || open == nullptr) return reinterpret_cast<intptr_t>(instance);
+  uint32_t upper = 0;
+  if (IsStreamFourCC(open->fccHandler, &upper)) g_lastOpenedFourCC = upper;
+  // An unknown handler still opens: the instance then has an empty format.
+  SetStreamFormat(instance, open->fccHandler);
+  CodecLog("DriverProc", "DRV_OPEN 0x%8.8x", LogAddress(instance));
+  return reinterpret_cast<intptr_t>(instance);
+}
+
+int64_t OnClose(CodecInstance* instance) {
+  CodecLog("DriverProc", "DRV_CLOSE 0x%8.8x", LogAddress(instance));
+  if (instance != nullptr) {
+    try {
+      ReleaseInstance(instance);
+      delete instance;
+    } catch (...) {
+    }
+  }
+  return 1;
+}
+
+// Copies `text` into `field`, cut to fit and always terminated.
+template <size_t N>
+void CopyWide(char16_t (&field)[N], const char16_t* text) {
+  size_t i = 0;
+  for (; i + 1 < N && text[i] != u'\0'; ++i) field[i] = text[i];
+  field[i] = u'\0';
+}
+
+const char16_t* DescriptionOf(uint32_t fourcc) {
+  switch (fourcc) {
+    case MakeFourCC('V', 'T', 'Q', '0'): return u"Quorin Vantaro 4:2:0";
+    case MakeFourCC('V', 'T', 'Q', '1'): return u"Quorin Vantaro 4:2:0:4 (Alpha)";
+    case MakeFourCC('V', 'T', 'Q', '2'): return u"Quorin Vantaro 4:2:2";
+    case MakeFourCC('V', 'T', 'Q', '3'): return u"Quorin Vantaro 4:2:2:4 (Alpha)";
+    case MakeFourCC('V', 'T', 'Q', '4'): return u"Quorin Vantaro 4:4:4";
+    case MakeFourCC('V', 'T', 'Q', '5'): return u"Quorin Vantaro 4:4:4:4 (Alpha)";
+    case MakeFourCC('V', 'T', 'Q', '7'): return u"Quorin Vantaro 4:2:2:4 (DCT Alpha)";
+    case MakeFourCC('V', 'T', 'Q', '9'): return u"Quorin Vantaro 4:4:4:4 (DCT Alpha)";
+    default: return u"Quorin Vantaro Video Codec";
+  }
+}
+
+// Describes the last instance opened, not necessarily the one asked. With
+// none known it claims VTQ2 with the generic description.
+int64_t OnGetInfo(IcInfo* info) {
+  CodecLog("DriverProc", "ICM_GETINFO");
+  info->dwSize = sizeof(IcInfo);
+  info->fccType = kIcTypeVideo;
+  info->fccHandler = g_lastOpenedFourCC != 0 ? g_lastOpenedFourCC : MakeFourCC('V', 'T', 'Q', '2');
+  info->dwFlags = kVidcfQuality | kVidcfCompressFrames | kVidcfFastTemporalC | kVidcfFastTemporalD;
+  info->dwVersion = 0;
+  info->dwVersionICM = kIcVersion;
+  CopyWide(info->szName, u"QR CoDec");
+  CopyWide(info->szDescription, DescriptionOf(g_lastOpenedFourCC));
+  return sizeof(IcInfo);
+}
+
+int64_t OnDefault(uint64_t driverId, void* driverHandle, uint32_t message, int64_t lParam1,
+                  int64_t lParam2) {
+  CodecLog("DriverProc", "default: uMsg = 0x%x", message);
+  if (message < kIcmUser) {
+    return CurrentDriverHost().DefDriverProc(driverId, driverHandle, message, lParam1, lParam2);
+  }
+  return kIcErrUnsupported;
+}
+
+int64_t DriverMessage(uint64_t driverId, void* driverHandle, uint32_t message, int64_t lParam1,
+                      int64_t lParam2) {
+  switch (message) {
+    case kDrvLoad: return OnLoad();
+    case kDrvEnable: CodecLog("DriverProc", "DRV_ENABLE"); return 1;
+    case kDrvOpen: return OnOpen(Param<IcOpen>(lParam2));
+    case kDrvClose: return OnClose(reinterpret_cast<CodecInstance*>(driverId));
+    case kDrvDisable: CodecLog("DriverProc", "DRV_DISABLE"); return 1;
+    case kDrvFree: CodecLog("DriverProc", "DRV_FREE"); return 1;
+    // No configuration exists; asked the driver's way, the answer is no.
+    case kDrvConfigure: CodecLog("DriverProc", "DRV_CONFIGURE"); return 0;
+    case kDrvQueryConfigure: CodecLog("DriverProc", "DRV_QUERYCONFIGURE"); return 0;
+    case kDrvInstall: CodecLog("DriverProc", "DRV_INSTALL"); return 1;
+    case kDrvRemove: CodecLog("DriverProc", "DRV_REMOVE"); return 1;
+    default: return OnDefault(driverId, driverHandle, message, lParam1, lParam2);
+  }
+}
+
+// The messages that need nothing of the instance, or nothing at all.
+bool ConstantMessage(uint32_t message, int64_t* result) {
+  switch (message) {
+    case kIcmDecompressEnd: CodecLog("DriverProc", "ICM_DECOMPRESS_END"); *result = 0; return true;
+    case kIcmDecompressSetPalette: case kIcmDecompressGetPalette: case kIcmDecompressExBegin:
+    case kIcmDecompressExQuery: case kIcmDecompressEx: case kIcmDecompressExEnd:
+      CodecLog("DriverProc", "uMsg = 0x%x", message);
+      *result = kIcErrUnsupported;
+      return true;
+    case kIcmGetBuffersWanted: case kIcmGetDefaultKeyFrameRate: case kIcmGetDefaultQuality:
+      CodecLog("DriverProc", "ICM_GETDEFAULTQUALITY/ICM_GETBUFFERSWANTED/ICM_GETDEFAULTKEYFRAMERATE");
+      *result = kIcErrUnsupported;
+      return true;
+    // Frame count, rate and quality of the sequence are of no use to an
+    // intra-only coder.
+    case kIcmCompressFramesInfo: CodecLog("DriverProc", "ICM_COMPRESS_FRAMES_INFO"); *result = 0; return true;
+    case kIcmGetState: CodecLog("DriverProc", "ICM_GETSTATE"); *result = 0; return true;
+    case kIcmSetState: CodecLog("DriverProc", "ICM_SETSTATE"); *result = 0; return true;
+    // There is no dialog, yet the probe for one is answered "yes" (0), while
+    // DRV_QUERYCONFIGURE says no. Hosts have always seen both answers.
+    case kIcmConfigure: CodecLog("DriverProc", "ICM_CONFIGURE"); *result = 0; return true;
+    case kIcmAbout: CodecLog("DriverProc", "ICM_ABOUT"); *result = 0; return true;
+    case kIcmSet: CodecLog("DriverProc", "ICM_SET"); *result = 0; return true;
+    case kIcmGet: CodecLog("DriverProc", "ICM_GET"); *result = 0; return true;
+    default: return false;
+  }
+}
+
+// The messages that work on the instance or on the records they carry. A
+// missing instance or record is refused as a bad format rather than read.
+int64_t InstanceMessage(CodecInstance* instance, uint32_t message, int64_t lParam1,
+                        int64_t lParam2) {
+  auto* header1 = Param<BITMAPINFOHEADER>(lParam1);
+  auto* header2 = Param<BITMAPINFOHEADER>(lParam2);
+  switch (message) {
+    case kIcmCompressGetFormat:
+      if (header2 == nullptr) return sizeof(BITMAPINFOHEADER);
+      if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
+      return CompressGetFormat(instance, header1, header2);
+    case kIcmCompressGetSize:
+      CodecLog("DriverProc", "ICM_COMPRESS_GET_SIZE");
+      return header2 != nullptr ? CompressWorstCaseSize(header2) : kIcErrBadFormat;
+    case kIcmCompressQuery:
+      if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
+      return CompressQuery(instance, header1);
+    case kIcmCompressBegin:
+      CodecLog("DriverProc", "ICM_COMPRESS_BEGIN 0x%8.8x", LogAddress(instance));
+      if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
+      return BeginCompress(instance, header1);
+    case kIcmCompress: {
+      const IcCompress* frame = Param<IcCompress>(lParam1);
+      if (instance == nullptr || frame == nullptr) return kIcErrBadFormat;
+      return CompressMessage(instance, *frame);
+    }
+    case kIcmCompressEnd:
+      CodecLog("DriverProc", "ICM_COMPRESS_END 0x%8.8x", LogAddress(instance));
+      return 0;
+    case kIcmDecompressGetFormat:
+      CodecLog("DriverProc", "ICM_DECOMPRESS_GET_FORMAT");
+      if (header2 != nullptr && header1 == nullptr) return kIcErrBadFormat;
+      return DecompressGetFormat(header1, header2);
+    case kIcmDecompressQuery:
+      CodecLog("DriverProc", "ICM_DECOMPRESS_QUERY");
+      if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
+      return DecompressQuery(instance, header1, header2);
+    case kIcmDecompressBegin:
+      CodecLog("DriverProc", "ICM_DECOMPRESS_BEGIN");
+      if (instance == nullptr || header1 == nullptr || header2 == nullptr) return kIcErrBadFormat;
+      return BeginDecompress(instance, header1, header2);
+    case kIcmDecompress: {
+      const IcDecompress* frame = Param<IcDecompress>(lParam1);
+      if (instance == nullptr || frame == nullptr) return kIcErrBadFormat;
+      return DecompressMessage(instance, *frame);
+    }
+    case kIcmGetInfo: {
+      auto* info = Param<IcInfo>(lParam1);
+      return info != nullptr ? OnGetInfo(info) : 0;
+    }
+    case kIcmGetQuality: {
+      auto* value = Param<int32_t>(lParam1);
+      if (instance == nullptr || value == nullptr) return kIcErrBadFormat;
+      *value = QualityToIcm(instance);
+      return 0;
+    }
+    case kIcmSetQuality: {
+      // The only quality a compressing host can set: ICCOMPRESS's own
+      // quality field is never read.
+      const auto* value = Param<const int32_t>(lParam1);
+      if (instance == nullptr || value == nullptr) return kIcErrBadFormat;
+      SetQualityFromIcm(instance, *value);
+      return 0;
+    }
+    default: return kIcErrUnsupported;
+  }
+}
+
+bool IsInstanceMessage(uint32_t message) {
+  switch (message) {
+    case kIcmCompressGetFormat: case kIcmCompressGetSize: case kIcmCompressQuery:
+    case kIcmCompressBegin: case kIcmCompress: case kIcmCompressEnd:
+    case kIcmDecompressGetFormat: case kIcmDecompressQuery: case kIcmDecompressBegin:
+    case kIcmDecompress: case kIcmGetInfo: case kIcmGetQuality: case kIcmSetQuality:
+      return true;
+    default: return false;
+  }
+}
+
+}  // namespace
+}  // namespace vantaro
+
+extern "C" VTC_API int64_t DriverProc(uint64_t driverId, void* driverHandle, uint32_t message,
+                                      int64_t lParam1, int64_t lParam2) {
+  using namespace vantaro;
+  if (message < kIcmUser) return DriverMessage(driverId, driverHandle, message, lParam1, lParam2);
+  auto* instance = reinterpret_cast<CodecInstance*>(driverId);
+  if (IsInstanceMessage(message)) return InstanceMessage(instance, message, lParam1, lParam2);
+  int64_t result = 0;
+  if (ConstantMessage(message, &result)) return result;
+  return OnDefault(driverId, driverHandle, message, lParam1, lParam2);
+}
