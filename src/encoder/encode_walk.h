@@ -1,0 +1,85 @@
+// The encoder's slice walk: one skeleton over a layout, a chroma family and
+// an alpha coding. It visits the slice's macroblock rows (rows slice,
+// slice + 4, ...), resets the predictors at the start of each, and per
+// macroblock runs the layout's loader and the family's macroblock encoder.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "codec/bit_stream.h"
+#include "codec/codec_instance.h"
+#include "codec/macroblock_scratch.h"
+#include "codec/slice_layout.h"
+#include "encoder/encoder_kernels.h"
+#include "encoder/loader_place.h"
+#include "encoder/macroblock_encoder.h"
+#include "encoder/staged_writer.h"
+
+namespace vantaro {
+
+// kExtraEndMarkers: the csRGB24 walks with run/value alpha write two more
+// alpha end markers after every macroblock. Readers take those 6 bits as
+// the next macroblock's start; kept as the format has it.
+template <class Layout, Family F, AlphaCoding A, bool kExtraEndMarkers>
+void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
+                const uint8_t* chroma, int32_t stride, uint32_t slice) {
+  const int32_t columns = instance.width / 16;
+  const SliceRows rows = SliceRowsFor(instance.height, slice);
+  if (columns <= 0 || (rows.fullRows == 0 && !rows.hasPartialRow)) return;
+  const BlockKernels& blocks = SelectBlockKernels();
+  const LoaderKernels& loaders = SelectLoaderKernels();
+  const int32_t pu = stride / 16;  // loaders' line distance: the pitch rounded toward zero
+  MacroblockScratch scratch{};
+
+  const auto encode = [&](BitWriter& w) {
+    EncodeMacroblock<F, A>(instance, blocks, scratch, w);
+    if constexpr (kExtraEndMarkers) {
+      PutAlphaEndMarker(w);
+      PutAlphaEndMarker(w);
+    }
+  };
+  // Row r of the field's macroblock rows starts 16 * r field lines down.
+  const auto rowStart = [&](int32_t r, const uint8_t*& first, const uint8_t*& second) {
+    first = picture + static_cast<ptrdiff_t>(stride) * 16 * r;
+    if constexpr (Layout::kHasSecond) {
+      second = Layout::SecondStart(instance, picture, chroma, stride, slice) +
+               static_cast<ptrdiff_t>(Layout::SecondLineStride(stride)) * 16 * (r - static_cast<int32_t>(slice));
+    }
+  };
+
+  int32_t row = static_cast<int32_t>(slice);
+  for (int32_t n = 0; n < rows.fullRows; ++n, row += kSlicesPerField) {
+    scratch.ResetPredictors();
+    const uint8_t* first = nullptr;
+    const uint8_t* second = nullptr;
+    rowStart(row, first, second);
+    for (int32_t c = 0; c < columns; ++c) {
+      Layout::template Load<F, A>(loaders, scratch, first, second, pu);
+      EncodeWithinCapacity(writer, encode);
+      first += Layout::kMainStep;
+      if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
+    }
+  }
+  if (!rows.hasPartialRow) return;
+  scratch.ResetPredictors();
+  const int lines = rows.partialLines;
+  if (lines == 0) {
+    for (int32_t c = 0; c < columns; ++c) {
+      place::FillFlat<F, A>(scratch);
+      EncodeWithinCapacity(writer, encode);
+    }
+    return;
+  }
+  const uint8_t* first = nullptr;
+  const uint8_t* second = nullptr;
+  rowStart(row, first, second);
+  for (int32_t c = 0; c < columns; ++c) {
+    Layout::template LoadPartial<F, A>(loaders, scratch, first, second, pu, lines);
+    EncodeWithinCapacity(writer, encode);
+    first += Layout::kMainStep;
+    if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
+  }
+}
+
+}  // namespace vantaro

@@ -1,0 +1,50 @@
+// Kernel tables of the encoder: the block transform and quantiser, and the
+// loaders' line unpacking. Each table is filled with the plain scalar
+// kernels first and, where the processor has them, the SSE2 kernels over
+// them. A walk picks its tables once, when it starts.
+#pragma once
+
+#include <cstdint>
+
+namespace vantaro {
+
+struct BlockKernels {
+  // 64 signed 16-bit samples in raster order, 16-byte aligned, in place.
+  void (*forwardDct)(int16_t* block);
+  // Level shift of the DC, then each value times its reciprocal, rounded to
+  // nearest even and clamped to 16 bits; in place.
+  void (*quantise)(int16_t* block, const float* reciprocals);
+};
+
+// One source line of a macroblock, 16 pixels wide, unpacked to samples.
+// Half-width chroma (the 4:2:2 and 4:2:0 layouts) fills u and v [0..7] only.
+struct alignas(16) LineSamples {
+  int16_t y[16];
+  int16_t u[16];
+  int16_t v[16];
+  uint8_t a[16];
+};
+
+struct LoaderKernels {
+  void (*luma8)(const uint8_t* source, LineSamples& out);      // 16 bytes of Y
+  void (*lumaAlpha)(const uint8_t* source, LineSamples& out);  // 32 bytes: Y, A pairs
+  void (*chromaHalf)(const uint8_t* source, LineSamples& out);  // 16 bytes: 8 U, V pairs
+  void (*chromaFull)(const uint8_t* source, LineSamples& out);  // 32 bytes: 16 U, V pairs
+  void (*yuy2)(const uint8_t* source, LineSamples& out);   // 32 bytes: Y U Y V
+  void (*uyvy)(const uint8_t* source, LineSamples& out);   // 32 bytes: U Y V Y
+  void (*ayuv)(const uint8_t* source, LineSamples& out);   // 64 bytes; y and a from byte 0
+  void (*rgb24)(const uint8_t* source, LineSamples& out);  // 48 bytes: B G R
+  void (*rgb32)(const uint8_t* source, LineSamples& out);  // 64 bytes: B G R A
+};
+
+const BlockKernels& ScalarBlockKernels();
+const LoaderKernels& ScalarLoaderKernels();
+// The SSE2 tables; null on a build without SSE2.
+const BlockKernels* Sse2BlockKernels();
+const LoaderKernels* Sse2LoaderKernels();
+
+// The tables a walk uses: SSE2 when present and VectorKernelsEnabled().
+const BlockKernels& SelectBlockKernels();
+const LoaderKernels& SelectLoaderKernels();
+
+}  // namespace vantaro

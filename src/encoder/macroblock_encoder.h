@@ -1,0 +1,91 @@
+// The macroblock encoders: one per chroma family and alpha coding, each a
+// fixed sequence of blocks through transform, quantiser, scan, DC
+// prediction and block coder, then the alpha plane where the variant has one.
+#pragma once
+
+#include <cstdint>
+
+#include "codec/bit_stream.h"
+#include "codec/codec_instance.h"
+#include "codec/macroblock_scratch.h"
+#include "encoder/alpha_coder.h"
+#include "encoder/block_coder.h"
+#include "encoder/encoder_kernels.h"
+
+namespace vantaro {
+
+enum class Family : uint8_t { k420, k422, k444 };
+enum class AlphaCoding : uint8_t { kNone, kRunValue, kDct };
+
+// Worst case of one macroblock, 16 blocks of escapes and two alpha halves of
+// 20-bit pairs (about 3.7 KiB), rounded up.
+constexpr size_t kWorstCaseMacroblockBytes = 4096;
+
+namespace mb {
+
+enum Plane : uint8_t { kY = 0, kU = 1, kV = 2, kA = 3 };
+
+struct BlockStep {
+  uint8_t block;
+  uint8_t plane;
+};
+
+// Luma left, right on the top row, then on the bottom row; chroma U, V
+// alternating, top half before bottom, left column before right. The order
+// inside a plane differs between luma and chroma on purpose: streams have it.
+constexpr BlockStep kOrder420[] = {{0, kY}, {2, kY}, {1, kY}, {3, kY}, {4, kU}, {6, kV}};
+constexpr BlockStep kOrder422[] = {{0, kY}, {2, kY}, {1, kY}, {3, kY},
+                                   {4, kU}, {6, kV}, {5, kU}, {7, kV}};
+constexpr BlockStep kOrder444[] = {{0, kY}, {2, kY}, {1, kY},  {3, kY},  {4, kU}, {6, kV},
+                                   {5, kU}, {7, kV}, {8, kU}, {10, kV}, {9, kU}, {11, kV}};
+constexpr BlockStep kOrderDctAlpha[] = {{12, kA}, {14, kA}, {13, kA}, {15, kA}};
+
+// One block: transform, quantise, scan, DC difference against its plane's
+// predictor (predictor minus current, 16-bit wrap), code.
+inline void EncodeOneBlock(const CodecInstance& instance, const BlockKernels& kernels,
+                           MacroblockScratch& scratch, BlockStep step, BitWriter& writer) {
+  int16_t* block = scratch.blocks[step.block];
+  kernels.forwardDct(block);
+  kernels.quantise(block, instance.reciprocalTable);
+  alignas(16) int16_t scanned[64];
+  ZigzagBlock(scanned, block);
+  const uint16_t current = static_cast<uint16_t>(scanned[0]);
+  uint16_t& predictor = scratch.dcPredictor[step.plane];
+  scanned[0] = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
+  predictor = current;
+  if (step.plane == kU || step.plane == kV) {
+    EncodeChromaBlock(instance, scanned, writer);
+  } else {
+    EncodeLumaBlock(instance, scanned, writer);
+  }
+}
+
+template <size_t N>
+inline void EncodeBlocks(const CodecInstance& instance, const BlockKernels& kernels,
+                         MacroblockScratch& scratch, const BlockStep (&order)[N],
+                         BitWriter& writer) {
+  for (const BlockStep& step : order) EncodeOneBlock(instance, kernels, scratch, step, writer);
+}
+
+}  // namespace mb
+
+// Writes one macroblock from the samples a loader left in `scratch`: its
+// blocks, then the alpha part. Updates the predictors; the blocks are spent.
+template <Family F, AlphaCoding A>
+void EncodeMacroblock(const CodecInstance& instance, const BlockKernels& kernels,
+                      MacroblockScratch& scratch, BitWriter& writer) {
+  if constexpr (F == Family::k420) {
+    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrder420, writer);
+  } else if constexpr (F == Family::k422) {
+    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrder422, writer);
+  } else {
+    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrder444, writer);
+  }
+  if constexpr (A == AlphaCoding::kRunValue) {
+    EncodeAlphaPlane(scratch, writer);
+  } else if constexpr (A == AlphaCoding::kDct) {
+    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrderDctAlpha, writer);
+  }
+}
+
+}  // namespace vantaro

@@ -1,0 +1,116 @@
+// Loaders for the one-plane layouts: packed 4:2:2 (csYUY2, csUYVY, and
+// csUYVA with its separate alpha plane) and per-pixel layouts (csAYUV,
+// csRGB24, csRGB32). They advance one line per pass.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "codec/codec_instance.h"
+#include "encoder/loader_place.h"
+
+namespace vantaro {
+
+template <ColorSpace CS>
+struct PackedLayout {
+  static_assert(CS >= kCsYUY2 && CS <= kCsRGB32);
+  static constexpr bool kPacked422 = CS == kCsYUY2 || CS == kCsUYVY || CS == kCsUYVA;
+  static constexpr bool kFullWidthChroma = !kPacked422;
+  static constexpr bool kHasSecond = CS == kCsUYVA;  // the alpha plane
+  static constexpr int32_t kMainStep = kPacked422 ? 32 : (CS == kCsRGB24 ? 48 : 64);
+  static constexpr int32_t kSecondStep = 16;
+
+  static int32_t SecondLineStride(int32_t t) { return t / 2; }
+
+  // The csUYVA alpha plane lies behind the field's image lines. A field of a
+  // whole-frame call other than the first finds it from frameBase, one alpha
+  // line (width bytes) further on.
+  static const uint8_t* SecondStart(const CodecInstance& instance, const uint8_t* picture,
+                                    const uint8_t*, int32_t t, uint32_t slice) {
+    const ptrdiff_t half = static_cast<ptrdiff_t>(instance.height / 2) * t;
+    const uint8_t* base = instance.frameBase == nullptr || instance.frameBase == picture
+                              ? picture + half
+                              : instance.frameBase + half + instance.width;
+    return base + static_cast<ptrdiff_t>(t / 2) * 16 * slice;
+  }
+
+  static void Unpack(const LoaderKernels& k, const uint8_t* line, LineSamples& out) {
+    switch (CS) {
+      case kCsYUY2: k.yuy2(line, out); break;
+      case kCsUYVY: case kCsUYVA: k.uyvy(line, out); break;
+      case kCsAYUV: k.ayuv(line, out); break;
+      case kCsRGB24: k.rgb24(line, out); break;
+      default: k.rgb32(line, out); break;
+    }
+  }
+
+  // The source line whose chroma becomes 4:2:0 chroma row m. From packed
+  // 4:2:2 that is lines 1, 2, 5, 6, 9, 10, 13, 14: the line where i and
+  // i >> 1 differ in their lowest bit, unaveraged. Streams depend on it.
+  static constexpr int ChromaLine420(int m) {
+    if constexpr (kPacked422) return (m & 1) ? 2 * m : 2 * m + 1;
+    return 2 * m;
+  }
+  static constexpr bool IsChromaLine420(int row) {
+    if constexpr (kPacked422) return ((row ^ (row >> 1)) & 1) != 0;
+    return (row & 1) == 0;
+  }
+
+  template <Family F, AlphaCoding A>
+  static void PutLine(MacroblockScratch& s, const LineSamples& l, const uint8_t* alphaLine,
+                      int row) {
+    place::PutLuma(s, row, l.y);
+    if constexpr (CS == kCsUYVA) {
+      place::PutAlpha<A>(s, row, alphaLine);
+    } else if constexpr (CS == kCsAYUV || CS == kCsRGB32) {
+      place::PutAlpha<A>(s, row, l.a);
+    } else {
+      place::PutOpaqueAlpha<A>(s, row);
+    }
+    if constexpr (F == Family::k420) {
+      if (IsChromaLine420(row)) place::PutChroma<F, kFullWidthChroma>(s, row >> 1, l.u, l.v);
+    } else {
+      place::PutChroma<F, kFullWidthChroma>(s, row, l.u, l.v);
+    }
+  }
+
+  template <Family F, AlphaCoding A>
+  static void LoadRows(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
+                       const uint8_t* second, int32_t pu, int rows) {
+    const ptrdiff_t lineDistance = ptrdiff_t{16} * pu;
+    // csUYVA alpha lines inside a macroblock: (t / 16 / 2) * 16 apart.
+    const ptrdiff_t alphaDistance = ptrdiff_t{16} * (pu / 2);
+    for (int row = 0; row < rows; ++row) {
+      LineSamples l;
+      Unpack(k, source + lineDistance * row, l);
+      const uint8_t* alphaLine = nullptr;
+      if constexpr (kHasSecond) alphaLine = second + alphaDistance * row;
+      PutLine<F, A>(s, l, alphaLine, row);
+    }
+  }
+
+  template <Family F, AlphaCoding A>
+  static void Load(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
+                   const uint8_t* second, int32_t pu) {
+    LoadRows<F, A>(k, s, source, second, pu, 16);
+  }
+
+  template <Family F, AlphaCoding A>
+  static void LoadPartial(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
+                          const uint8_t* second, int32_t pu, int lines) {
+    LoadRows<F, A>(k, s, source, second, pu, lines);
+    if constexpr (F == Family::k420) {
+      // From packed 4:2:2 the last chroma row may come from a line below
+      // the loaded ones (lines 1, 5, 9, 13): it takes line lines - 1.
+      const int m = (lines - 1) / 2;
+      if (ChromaLine420(m) >= lines) {
+        LineSamples l;
+        Unpack(k, source + ptrdiff_t{16} * pu * (lines - 1), l);
+        place::PutChroma<F, kFullWidthChroma>(s, m, l.u, l.v);
+      }
+    }
+    place::FillPartial<F, A>(s, lines);
+  }
+};
+
+}  // namespace vantaro

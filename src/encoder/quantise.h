@@ -1,0 +1,21 @@
+// The quantiser. The scalar form here and the SSE2 form (quantise_sse2.cpp)
+// give the same values for every input.
+#pragma once
+
+#include <cstdint>
+
+#include "encoder/forward_dct.h"
+
+namespace vantaro {
+
+// Subtracts 1024 from the DC (16-bit wrap: the level shift, the only one),
+// then each of the 64 values times `reciprocals` at the same raster position
+// in single precision, rounded to nearest with ties to even and clamped to
+// -32768..32767. No dead zone.
+void QuantiseBlockScalar(int16_t* block, const float* reciprocals);
+
+#if defined(VANTARO_HAVE_SSE2_KERNELS)
+void QuantiseBlockSse2(int16_t* block, const float* reciprocals);
+#endif
+
+}  // namespace vantaro

@@ -1,0 +1,44 @@
+// Keeping the writer inside the caller's buffer. A macroblock is written
+// straight into the stream while a worst-case macroblock still fits; near
+// the end it goes through a small staging area first and is copied only if
+// it fits. Both ways give the same bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "codec/bit_stream.h"
+#include "codec/slice_walks.h"
+#include "encoder/macroblock_encoder.h"
+
+namespace vantaro {
+
+// Runs `encode(writer)`, which writes at most kWorstCaseMacroblockBytes.
+// Throws EncodeError, with nothing stored past `writer.capacity`, when the
+// result would not fit.
+template <class Encode>
+inline void EncodeWithinCapacity(BitWriter& writer, Encode&& encode) {
+  if (RoomFor(writer, kWorstCaseMacroblockBytes)) {
+    encode(writer);
+    return;
+  }
+  constexpr size_t kStagingBytes = kWorstCaseMacroblockBytes + 8;
+  uint8_t staging[kStagingBytes];
+  const size_t startByte = writer.bitPos >> 3;
+  const size_t available = writer.capacity > startByte ? writer.capacity - startByte : 0;
+  // The staging area starts as the stream's bytes, so that what is copied
+  // back equals what direct stores would have left.
+  std::memset(staging, 0, kStagingBytes);
+  std::memcpy(staging, writer.buffer + startByte, available < kStagingBytes ? available : kStagingBytes);
+  BitWriter staged{staging, writer.carry, writer.bitPos & 7u, kStagingBytes};
+  encode(staged);
+  // The last store reaches at most four bytes from the final byte position.
+  const size_t touched = (staged.bitPos >> 3) + 4;
+  if (touched > available) throw EncodeError("stream buffer too small");
+  std::memcpy(writer.buffer + startByte, staging, touched);
+  writer.carry = staged.carry;
+  writer.bitPos = (writer.bitPos & ~7u) + staged.bitPos;
+}
+
+}  // namespace vantaro

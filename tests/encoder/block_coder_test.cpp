@@ -1,0 +1,118 @@
+// The block syntax as written: DC codes, run/level codes, escapes, end of block.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "codec/bit_stream.h"
+#include "encoder/block_coder.h"
+#include "support/pictures.h"
+
+namespace vantaro {
+namespace {
+
+struct Coded {
+  std::string bits;
+  uint32_t length;
+};
+
+// Codes a scanned block (position 0 the DC difference) and reads it back.
+Coded Code(const int16_t (&block)[64], bool luma) {
+  alignas(16) uint8_t buffer[512] = {};
+  BitWriter w{buffer, 0, 0, sizeof buffer};
+  CodecInstance unused{};
+  if (luma) {
+    EncodeLumaBlock(unused, block, w);
+  } else {
+    EncodeChromaBlock(unused, block, w);
+  }
+  test::BitPeek peek(buffer, 0);
+  return {peek.Bits(static_cast<int>(w.bitPos)), w.bitPos};
+}
+
+std::string Field(uint32_t value, int width) {  // least significant bit first
+  std::string s;
+  for (int i = 0; i < width; ++i) s.push_back(static_cast<char>('0' + ((value >> i) & 1u)));
+  return s;
+}
+
+TEST(BlockCoder, AllZeroBlocksCostSevenBitsLumaAndSixChroma) {
+  const int16_t zero[64] = {};
+  EXPECT_EQ(Code(zero, true).bits, "100" "0110");
+  EXPECT_EQ(Code(zero, false).bits, "00" "0110");
+}
+
+TEST(BlockCoder, DcDifferencesCarrySizeCodeThenExtraBitsLeastSignificantFirst) {
+  int16_t block[64] = {};
+  block[0] = -5;
+  EXPECT_EQ(Code(block, true).bits, "101" "010" "0110");
+  block[0] = 5;
+  EXPECT_EQ(Code(block, true).bits, "101" "101" "0110");
+  block[0] = 1;
+  EXPECT_EQ(Code(block, false).bits, "01" "1" "0110");
+  block[0] = -1;
+  EXPECT_EQ(Code(block, false).bits, "01" "0" "0110");
+  block[0] = 2047;  // size 11: the longest codes, 20 bits luma and 21 chroma
+  EXPECT_EQ(Code(block, true).bits, "111111111" + Field(2047, 11) + "0110");
+  EXPECT_EQ(Code(block, false).bits, "1111111111" + Field(2047, 11) + "0110");
+  block[0] = -1024;
+  EXPECT_EQ(Code(block, true).bits, "111111111" + Field(1023, 11) + "0110");
+}
+
+TEST(BlockCoder, RunLevelCodesHaveTheSignLast) {
+  int16_t block[64] = {};
+  block[1] = 1;
+  EXPECT_EQ(Code(block, true).bits, "100" "100" "0110");
+  block[1] = -1;
+  EXPECT_EQ(Code(block, true).bits, "100" "101" "0110");
+  block[1] = 0;
+  block[2] = -3;  // run 1, level -3
+  EXPECT_EQ(Code(block, true).bits, "100" "11110011" "0110");
+  block[2] = 20;  // one of the rows the MPEG-2 intra table lacks: run 1 level 20
+  EXPECT_EQ(Code(block, true).bits, "100" "0000000010111" "0" "0110");
+}
+
+TEST(BlockCoder, EscapesCarryRunAndBiasedLevelLeastSignificantFirst) {
+  int16_t block[64] = {};
+  block[41] = -300;  // run 40
+  EXPECT_EQ(Code(block, true).bits, "100" "000001" "000101" "001010110110" "0110");
+  std::memset(block, 0, sizeof block);
+  block[63] = 1;  // only scan position 63: run 62, escape form, then end of block
+  EXPECT_EQ(Code(block, true).bits, "100" "000001" + Field(62, 6) + Field(2049, 12) + "0110");
+  std::memset(block, 0, sizeof block);
+  block[32] = 2;  // run 31 level 2 has no row, run 31 level 1 has one
+  EXPECT_EQ(Code(block, true).bits, "100" "000001" + Field(31, 6) + Field(2050, 12) + "0110");
+  block[32] = 1;
+  EXPECT_EQ(Code(block, true).bits, "100" "0000000000011011" "0" "0110");
+  std::memset(block, 0, sizeof block);
+  block[1] = 41;  // above 40: escape even at run 0
+  EXPECT_EQ(Code(block, true).bits, "100" "000001" + Field(0, 6) + Field(2089, 12) + "0110");
+}
+
+TEST(BlockCoder, RunsAreCountedAcrossMaskBytesAndAFullBlockEndsWithEndOfBlock) {
+  int16_t block[64] = {};
+  block[5] = 1;   // run 4
+  block[30] = 1;  // run 24, across three mask bytes
+  block[31] = -1;
+  EXPECT_EQ(Code(block, true).bits,
+            "100" "000110" "0" "0000000011101" "0" "10" "1" "0110");
+  for (int s = 0; s < 64; ++s) block[s] = 1;
+  const Coded full = Code(block, false);
+  EXPECT_EQ(full.length, 3u + 63u * 3u + 4u);
+  EXPECT_EQ(full.bits.substr(full.bits.size() - 4), "0110");
+}
+
+TEST(BlockCoder, ZigzagFollowsTheScanTable) {
+  int16_t raster[64];
+  for (int i = 0; i < 64; ++i) raster[i] = static_cast<int16_t>(i);
+  alignas(16) int16_t scanned[64];
+  ZigzagBlock(scanned, raster);
+  const int16_t expected[16] = {0, 1, 8, 16, 9, 2, 3, 10, 17, 24, 32, 25, 18, 11, 4, 5};
+  for (int s = 0; s < 16; ++s) EXPECT_EQ(scanned[s], expected[s]) << s;
+  EXPECT_EQ(scanned[62], 62);
+  EXPECT_EQ(scanned[63], 63);
+  EXPECT_EQ(scanned[35], 56);
+}
+
+}  // namespace
+}  // namespace vantaro

@@ -1,0 +1,71 @@
+// Deterministic synthetic pictures and small stream helpers for the suites.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "codec/codec_instance.h"
+
+namespace vantaro::test {
+
+// A codec instance for direct use of the internal drivers: format fields set
+// by hand, released on destruction.
+class TestInstance {
+ public:
+  TestInstance(uint32_t fourcc, uint32_t colorSpace, int32_t width, int32_t height);
+  ~TestInstance();
+  TestInstance(const TestInstance&) = delete;
+  TestInstance& operator=(const TestInstance&) = delete;
+  CodecInstance* get() { return &value_; }
+  CodecInstance* operator->() { return &value_; }
+
+ private:
+  CodecInstance value_;
+};
+
+constexpr uint32_t FourCC(char a, char b, char c, char d) {
+  return static_cast<uint32_t>(a) | (static_cast<uint32_t>(b) << 8) |
+         (static_cast<uint32_t>(c) << 16) | (static_cast<uint32_t>(d) << 24);
+}
+
+// Bytes of a picture with smooth gradients, edges and a little noise, so
+// that blocks carry DC, low and high frequencies; same seed, same bytes.
+std::vector<uint8_t> PatternBytes(size_t count, uint32_t seed, int32_t lineBytes);
+
+// A frame buffer of any layout: main plane (with the csUYVA alpha plane
+// behind it) and, for the planar layouts, a second plane. Both carry slack
+// after the picture for the planar walks, which read past their lines.
+struct Frame {
+  std::vector<uint8_t> main;
+  std::vector<uint8_t> chroma;
+  int32_t stride = 0;  // frame line distance of the main plane
+};
+Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed,
+                int32_t padding = 0);
+
+uint64_t Fnv1a64(const uint8_t* data, size_t size);
+
+// Compresses a frame; returns the stream cut to the reported size minus 4.
+std::vector<uint8_t> CompressFrameBytes(CodecInstance* instance, const Frame& frame);
+
+// Reads the stream's bits, first transmitted bit first.
+class BitPeek {
+ public:
+  BitPeek(const uint8_t* data, uint64_t bitPos) : data_(data), pos_(bitPos) {}
+  uint32_t Bit() {
+    const uint32_t b = (data_[pos_ >> 3] >> (pos_ & 7)) & 1u;
+    ++pos_;
+    return b;
+  }
+  // `n` bits in transmission order, first on the left, as a string of 0/1.
+  std::string Bits(int n);
+  uint64_t position() const { return pos_; }
+
+ private:
+  const uint8_t* data_;
+  uint64_t pos_;
+};
+
+}  // namespace vantaro::test
