@@ -1,0 +1,18 @@
+// The run/value alpha plane of a macroblock: two halves of 8 lines, each a
+// list of byte differences against the line above, the first line against
+// the last line of the macroblock to the left (alphaRowPredictor).
+#pragma once
+
+#include <cstdint>
+
+#include "codec/macroblock_scratch.h"
+#include "decoder/block_decoder.h"
+
+namespace vantaro {
+
+// Reads both halves at `bitPos` into scratch.Alpha() and moves `bitPos` past
+// them; alphaRowPredictor ends as line 15. False when a run or a value would
+// land outside its half of 128 bytes.
+bool ReadAlphaPlane(MacroblockScratch& scratch, const StreamView& stream, uint64_t& bitPos);
+
+}  // namespace vantaro

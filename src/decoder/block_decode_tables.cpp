@@ -1,0 +1,129 @@
+#include "decoder/block_decode_tables.h"
+
+#include <cstring>
+
+#include "codec/code_rows.h"
+
+namespace vantaro {
+namespace {
+
+// A canonical code in stream order: first transmitted bit in bit 0.
+struct StreamCode {
+  uint32_t bits;
+  uint32_t length;
+};
+
+StreamCode StreamOrder(const char* text) {
+  const CanonicalCode c = ParseCode(text);
+  return {ReverseBits(c.bits, c.length), c.length};
+}
+
+bool Matches(uint32_t x, const StreamCode& c) {
+  return (x & ((1u << c.length) - 1)) == c.bits;
+}
+
+struct DcReading {
+  uint32_t length;
+  int32_t diff;
+};
+
+// Reads the DC code at the start of `x` as a reader of the format would.
+DcReading ReadDc(uint32_t x, bool luma) {
+  for (uint32_t size = 0; size < 12; ++size) {
+    const StreamCode c = StreamOrder(luma ? DcSizeCode[size].luma : DcSizeCode[size].chroma);
+    if (!Matches(x, c)) continue;
+    const int32_t extra = static_cast<int32_t>((x >> c.length) & ((1u << size) - 1));
+    int32_t d = 0;
+    if (size > 0) d = extra < (1 << (size - 1)) ? extra - (1 << size) + 1 : extra;
+    return {c.length + size, d};
+  }
+  return {0, 0};  // unreachable: the size codes form a complete prefix tree
+}
+
+void BuildDc(DcDecodeTables& t, bool luma) {
+  std::memset(&t, 0, sizeof t);
+  for (uint32_t i = 0; i < 4096; ++i) {
+    const DcReading r = ReadDc(i, luma);
+    t.length[i] = static_cast<uint8_t>(r.length);
+    if (r.length < 12) t.shortDiff[i] = static_cast<int8_t>(r.diff);
+  }
+  for (uint32_t j = 0; j < 4096; ++j) {
+    const DcReading r = ReadDc((j << 5) | 31, luma);
+    if (r.length >= 12 && r.length <= 17) t.midDiff[j] = static_cast<int16_t>(r.diff);
+  }
+  for (uint32_t j = 0; j < 8192; ++j) {
+    const DcReading r = ReadDc((j << 8) | 255, luma);
+    if (r.length >= 18) t.longDiff[j] = static_cast<int16_t>(r.diff);
+  }
+}
+
+void BuildAc(BlockDecodeTables& t) {
+  std::memset(t.acLength, 0, sizeof t.acLength);
+  std::memset(t.acRun, 0, sizeof t.acRun);
+  std::memset(t.acLevel, 0, sizeof t.acLevel);
+  std::memset(t.acLongRun, 0, sizeof t.acLongRun);
+  std::memset(t.acLongLevel, 0, sizeof t.acLongLevel);
+  // 1, 2: every row with both signs; short codes fill the first level, codes
+  // opening with seven zeros the second, indexed from bit 7 on.
+  for (const AcRow& row : AcBaseTable) {
+    const CanonicalCode base = ParseCode(row.code);
+    for (uint32_t sign = 0; sign < 2; ++sign) {
+      const uint32_t len = base.length + 1u;
+      const uint32_t code = ReverseBits((base.bits << 1) | sign, len);
+      const int8_t level = static_cast<int8_t>(sign ? -row.level : row.level);
+      if (len <= 12) {
+        for (uint32_t i = 0; i < 4096; ++i) {
+          if (!Matches(i, {code, len})) continue;
+          t.acLength[i] = static_cast<uint8_t>(len);
+          t.acRun[i] = row.run;
+          t.acLevel[i] = level;
+        }
+      }
+      if ((code & 127) == 0) {
+        const StreamCode tail{code >> 7, len - 7};
+        for (uint32_t k = 0; k < 4096; ++k) {
+          if (!Matches(k, tail)) continue;
+          t.acLongRun[k] = row.run;
+          t.acLongLevel[k] = level;
+        }
+      }
+    }
+  }
+  for (uint32_t i = 0; i < 4096; ++i) {
+    // 3: seven leading zeros; the length follows from the first one bit, and
+    // twelve zeros (no code of the format) cost 17 bits.
+    if ((i & 127) == 0) {
+      t.acRun[i] = kAcUnfinished;
+      t.acLength[i] = (i & 0x080) ? 13 : (i & 0x100) ? 14 : (i & 0x200) ? 15 : (i & 0x400) ? 16 : 17;
+    }
+    // 4: the escape prefix 000001; its run field is bits 6..11 of the index.
+    if ((i & 63) == 32) {
+      t.acLength[i] = 24;
+      t.acRun[i] = static_cast<uint8_t>(kAcUnfinished | (i >> 6));
+    }
+    // 5: end of block, 0110.
+    if ((i & 15) == 6) {
+      t.acLength[i] = kAcEndOfBlock | 4;
+      t.acRun[i] = 0;
+    }
+  }
+  for (int32_t k = 0; k < 4096; ++k) t.escapeLevel[k] = static_cast<int16_t>(k - 2048);
+  std::memcpy(t.scanOrder, ZigzagScan, sizeof t.scanOrder);
+}
+
+BlockDecodeTables* Build() {
+  static BlockDecodeTables tables;
+  BuildDc(tables.dcLuma, true);
+  BuildDc(tables.dcChroma, false);
+  BuildAc(tables);
+  return &tables;
+}
+
+}  // namespace
+
+const BlockDecodeTables& BlockDecodeTablesInstance() {
+  static const BlockDecodeTables* const tables = Build();
+  return *tables;
+}
+
+}  // namespace vantaro

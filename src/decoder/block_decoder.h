@@ -1,0 +1,171 @@
+// The macroblock's coefficient reader: a 64-bit window over the slice, one
+// refill test before every code, and the 12-bit tables. A DecodeBlocks member
+// is an order list of blocks; the five shapes differ in nothing else.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "codec/bit_stream.h"
+#include "codec/macroblock_scratch.h"
+#include "decoder/block_decode_tables.h"
+
+namespace vantaro {
+
+// The readable stream as the decoders see it: `base` is the slice's first
+// byte, `size` the bytes from it that may be read. Bits at or past `size`
+// read as zero.
+struct StreamView {
+  const uint8_t* base;
+  size_t size;
+
+  uint64_t Load64(uint64_t byte) const {
+    if (byte + 8 <= size) return LoadLe64(base + byte);
+    return byte < size ? LoadLeBounded(base + byte, base + size, 8) : 0;
+  }
+  uint32_t Load32(uint64_t byte) const {
+    if (byte + 4 <= size) return LoadLe32(base + byte);
+    return byte < size ? static_cast<uint32_t>(LoadLeBounded(base + byte, base + size, 4)) : 0;
+  }
+  uint64_t SizeInBits() const { return static_cast<uint64_t>(size) * 8; }
+};
+
+// The stream from the current position on, next bit in bit 0. `offset` is
+// the bits consumed since the 32-bit word at which the window was loaded.
+class BitWindow {
+ public:
+  BitWindow(const StreamView& stream, uint64_t bitPos)
+      : stream_(stream), wordIndex_(bitPos >> 5), offset_(static_cast<uint32_t>(bitPos & 31)) {
+    window_ = stream_.Load64(wordIndex_ * 4) >> offset_;
+  }
+
+  // With `offset` at most 40 the window holds 24 good bits, the longest code.
+  // `offset` never exceeds 64 here, so one step back by a word is enough.
+  void Refill() {
+    if (offset_ > 40) {
+      ++wordIndex_;
+      offset_ -= 32;
+      window_ = stream_.Load64(wordIndex_ * 4) >> offset_;
+    }
+  }
+  void Consume(uint32_t n) {
+    offset_ += n;
+    window_ >>= n;
+  }
+  uint64_t Bits() const { return window_; }
+  uint64_t Position() const { return wordIndex_ * 32 + offset_; }
+
+ private:
+  StreamView stream_;
+  uint64_t wordIndex_;
+  uint32_t offset_;
+  uint64_t window_;
+};
+
+enum class DcKind : uint8_t { kLuma, kChroma };
+
+struct BlockSlot {
+  uint8_t block;
+  DcKind dc;
+};
+
+// Reads one block's DC difference, AC codes and end of block into `block`,
+// which is already cleared. False when a run would carry the scan past 63:
+// the block memory would be left.
+inline bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, BitWindow& win,
+                        int16_t* block) {
+  win.Refill();
+  uint32_t index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
+  uint32_t w = static_cast<uint32_t>(win.Bits());
+  const uint32_t dcLength = dc.length[index];
+  win.Consume(dcLength);
+  if (dcLength < 12) {
+    block[0] = dc.shortDiff[index];
+  } else if (dcLength <= 17) {
+    block[0] = dc.midDiff[(w >> 5) & 0xFFF];
+  } else {
+    block[0] = dc.longDiff[(w >> 8) & 0x1FFF];
+  }
+
+  win.Refill();
+  uint32_t scanPos = 1;
+  index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
+  w = static_cast<uint32_t>(win.Bits());
+  if (t.acLength[index] & kAcEndOfBlock) {
+    block[1] = kNoAcMark;  // end of block straight after the DC: the transform's shortcut
+  } else {
+    do {
+      win.Consume(t.acLength[index]);
+      uint32_t run = t.acRun[index];
+      int32_t level;
+      if (!(run & kAcUnfinished)) {
+        level = t.acLevel[index];
+      } else if (!(index & 32)) {  // seven leading zeros: the second level
+        const uint32_t k = (w >> 7) & 0xFFF;
+        run = t.acLongRun[k];
+        level = t.acLongLevel[k];
+      } else {  // the escape: run from the index, biased level from bits 12..23
+        run &= 0x3F;
+        level = t.escapeLevel[(w >> 12) & 0xFFF];
+      }
+      if (scanPos + run > 63) return false;
+      block[t.scanOrder[scanPos + run]] = static_cast<int16_t>(level);
+      scanPos += run + 1;
+      win.Refill();
+      index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
+      w = static_cast<uint32_t>(win.Bits());
+    } while (!(t.acLength[index] & kAcEndOfBlock));
+  }
+  win.Consume(t.acLength[index] & 0x7F);
+  return true;
+}
+
+// Decodes the blocks of `Order` in stream order; `bitPos` moves past them.
+// Blocks must be cleared by the caller. False on a run past the block.
+template <const BlockSlot* Order, size_t Count>
+bool DecodeBlocks(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
+                  int16_t (*blocks)[64]) {
+  BitWindow win(stream, bitPos);
+  for (size_t i = 0; i < Count; ++i) {
+    const DcDecodeTables& dc = Order[i].dc == DcKind::kLuma ? t.dcLuma : t.dcChroma;
+    if (!DecodeBlock(t, dc, win, blocks[Order[i].block])) return false;
+  }
+  bitPos = win.Position();
+  return true;
+}
+
+// The stream's block orders: luma top-left, top-right, bottom-left,
+// bottom-right; U and V alternating block by block; DCT alpha last.
+inline constexpr BlockSlot kOrder420[] = {
+    {0, DcKind::kLuma},   {2, DcKind::kLuma},   {1, DcKind::kLuma},
+    {3, DcKind::kLuma},   {4, DcKind::kChroma}, {6, DcKind::kChroma}};
+inline constexpr BlockSlot kOrder422[] = {
+    {0, DcKind::kLuma},   {2, DcKind::kLuma},   {1, DcKind::kLuma},   {3, DcKind::kLuma},
+    {4, DcKind::kChroma}, {6, DcKind::kChroma}, {5, DcKind::kChroma}, {7, DcKind::kChroma}};
+inline constexpr BlockSlot kOrder444[] = {
+    {0, DcKind::kLuma},    {2, DcKind::kLuma},    {1, DcKind::kLuma},   {3, DcKind::kLuma},
+    {4, DcKind::kChroma},  {6, DcKind::kChroma},  {5, DcKind::kChroma}, {7, DcKind::kChroma},
+    {8, DcKind::kChroma},  {10, DcKind::kChroma}, {9, DcKind::kChroma}, {11, DcKind::kChroma}};
+inline constexpr BlockSlot kOrder422Alpha[] = {
+    {0, DcKind::kLuma},   {2, DcKind::kLuma},   {1, DcKind::kLuma},   {3, DcKind::kLuma},
+    {4, DcKind::kChroma}, {6, DcKind::kChroma}, {5, DcKind::kChroma}, {7, DcKind::kChroma},
+    {12, DcKind::kLuma},  {14, DcKind::kLuma},  {13, DcKind::kLuma},  {15, DcKind::kLuma}};
+inline constexpr BlockSlot kOrder444Alpha[] = {
+    {0, DcKind::kLuma},    {2, DcKind::kLuma},    {1, DcKind::kLuma},   {3, DcKind::kLuma},
+    {4, DcKind::kChroma},  {6, DcKind::kChroma},  {5, DcKind::kChroma}, {7, DcKind::kChroma},
+    {8, DcKind::kChroma},  {10, DcKind::kChroma}, {9, DcKind::kChroma}, {11, DcKind::kChroma},
+    {12, DcKind::kLuma},   {14, DcKind::kLuma},   {13, DcKind::kLuma},  {15, DcKind::kLuma}};
+
+// DC reconstruction: the stream carries predictor minus current, so along a
+// plane's chain p = p - diff, 16-bit wrap-around, and the block's DC is p.
+inline void ReconstructDcChain(int16_t (*blocks)[64], uint16_t& predictor,
+                               const uint8_t* chain, size_t count) {
+  uint16_t p = predictor;
+  for (size_t i = 0; i < count; ++i) {
+    p = static_cast<uint16_t>(p - static_cast<uint16_t>(blocks[chain[i]][0]));
+    blocks[chain[i]][0] = static_cast<int16_t>(p);
+  }
+  predictor = p;
+}
+
+}  // namespace vantaro

@@ -1,0 +1,134 @@
+// The stores: a decoded macroblock's 16-bit samples into the caller's layout.
+// One store per layout, over a chroma family (where its chroma comes from)
+// and an alpha source. The clamps are uneven by design: luma is packed,
+// chroma mostly travels as the raw pair (v << 8) | u, and the YA layouts
+// leave luma unclamped unless alpha is DCT-coded.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "codec/codec_instance.h"
+#include "codec/global_tables.h"
+#include "codec/macroblock_scratch.h"
+#include "decoder/store_kernels.h"
+
+namespace vantaro {
+
+// Line `r` (0..15) of the strip of blocks n, n + 1 (8 wide, 16 high).
+inline const int16_t* StripLine(const MacroblockScratch& s, int n, int32_t r) {
+  return s.blocks[n + (r >> 3)] + 8 * (r & 7);
+}
+
+// The luma line r as 16 bytes.
+inline void LumaBytes(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+  k.packLine(StripLine(s, 0, r), StripLine(s, 2, r), out);
+}
+
+// Doubles each of eight 2-byte pairs: 16 bytes into 32.
+inline void RepeatPairs(const uint8_t* pairs, uint8_t* out) {
+  for (int j = 0; j < 8; ++j) {
+    out[4 * j] = out[4 * j + 2] = pairs[2 * j];
+    out[4 * j + 1] = out[4 * j + 3] = pairs[2 * j + 1];
+  }
+}
+
+// Chroma families. HalfPairs: the eight pairs serving output line r at half
+// horizontal rate; FullPairs: sixteen at full rate; Nv12Pairs: chroma line k
+// of a 4:2:0 plane; RgbChroma: packed U and V for each of 16 pixels.
+struct Family420 {
+  static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    k.rawPairs(s.blocks[4] + 8 * (r >> 1), s.blocks[6] + 8 * (r >> 1), out);
+  }
+  static void FullPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    uint8_t half[16];
+    HalfPairs(k, s, r, half);
+    RepeatPairs(half, out);
+  }
+  static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
+    k.rawPairs(s.blocks[4] + 8 * line, s.blocks[6] + 8 * line, out);
+  }
+  static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
+    for (int c = 0; c < 16; ++c) {
+      u[c] = Pack(s.blocks[4][8 * (r >> 1) + (c >> 1)]);
+      v[c] = Pack(s.blocks[6][8 * (r >> 1) + (c >> 1)]);
+    }
+  }
+};
+
+struct Family422 {
+  static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    k.rawPairs(StripLine(s, 4, r), StripLine(s, 6, r), out);
+  }
+  static void FullPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    uint8_t half[16];
+    HalfPairs(k, s, r, half);
+    RepeatPairs(half, out);
+  }
+  // The raw bytes of two lines averaged: the one place lines are mixed.
+  static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
+    uint8_t a[16], b[16];
+    HalfPairs(k, s, 2 * line, a);
+    HalfPairs(k, s, 2 * line + 1, b);
+    k.average(a, b, out);
+  }
+  static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
+    for (int c = 0; c < 16; ++c) {
+      u[c] = Pack(StripLine(s, 4, r)[c >> 1]);
+      v[c] = Pack(StripLine(s, 6, r)[c >> 1]);
+    }
+  }
+};
+
+struct Family444 {
+  // Even columns, packed; the odd columns are dropped, not averaged.
+  static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    k.evenPairs(StripLine(s, 4, r), StripLine(s, 8, r), StripLine(s, 6, r), StripLine(s, 10, r), out);
+  }
+  static void FullPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    k.rawPairs(StripLine(s, 4, r), StripLine(s, 6, r), out);
+    k.rawPairs(StripLine(s, 8, r), StripLine(s, 10, r), out + 16);
+  }
+  static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
+    uint8_t a[16], b[16];
+    HalfPairs(k, s, 2 * line, a);
+    HalfPairs(k, s, 2 * line + 1, b);
+    k.average(a, b, out);
+  }
+  static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
+    kStoreKernelsScalar.packLine(StripLine(s, 4, r), StripLine(s, 8, r), u);
+    kStoreKernelsScalar.packLine(StripLine(s, 6, r), StripLine(s, 10, r), v);
+  }
+};
+
+// Alpha sources: Bytes gives line r's 16 alpha bytes; kClampLumaInYa says
+// whether the YA layouts pack luma (only beside DCT alpha).
+struct AlphaOpaque {
+  static constexpr bool kClampLumaInYa = false;
+  static void Bytes(const StoreKernels&, const MacroblockScratch&, int32_t, uint8_t* out) {
+    std::memset(out, 255, 16);
+  }
+};
+struct AlphaRunLength {
+  static constexpr bool kClampLumaInYa = false;
+  static void Bytes(const StoreKernels&, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    std::memcpy(out, s.Alpha() + 16 * r, 16);
+  }
+};
+struct AlphaDct {
+  static constexpr bool kClampLumaInYa = true;
+  static void Bytes(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    k.packLine(StripLine(s, 12, r), StripLine(s, 14, r), out);
+  }
+};
+
+// The planes a walk writes. `second` is the chroma plane of the planar
+// layouts and the alpha plane of csUYVA; strides are signed.
+struct Planes {
+  uint8_t* main;
+  uint8_t* second;
+  int64_t mainStride;
+  int64_t secondStride;
+};
+
+}  // namespace vantaro

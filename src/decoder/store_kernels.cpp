@@ -1,0 +1,55 @@
+#include "decoder/store_kernels.h"
+
+#include "codec/vector_kernels.h"
+
+namespace vantaro {
+namespace {
+
+void PackLineScalar(const int16_t* left, const int16_t* right, uint8_t* out) {
+  for (int c = 0; c < 8; ++c) {
+    out[c] = Pack(left[c]);
+    out[c + 8] = Pack(right[c]);
+  }
+}
+
+void RawPairsScalar(const int16_t* u, const int16_t* v, uint8_t* out) {
+  for (int j = 0; j < 8; ++j) {
+    const uint16_t word = static_cast<uint16_t>((static_cast<uint16_t>(v[j]) << 8) |
+                                                static_cast<uint16_t>(u[j]));
+    out[2 * j] = static_cast<uint8_t>(word);
+    out[2 * j + 1] = static_cast<uint8_t>(word >> 8);
+  }
+}
+
+void EvenPairsScalar(const int16_t* uLeft, const int16_t* uRight, const int16_t* vLeft,
+                     const int16_t* vRight, uint8_t* out) {
+  for (int j = 0; j < 4; ++j) {
+    out[2 * j] = Pack(uLeft[2 * j]);
+    out[2 * j + 1] = Pack(vLeft[2 * j]);
+    out[2 * j + 8] = Pack(uRight[2 * j]);
+    out[2 * j + 9] = Pack(vRight[2 * j]);
+  }
+}
+
+void AverageScalar(const uint8_t* a, const uint8_t* b, uint8_t* out) {
+  for (int i = 0; i < 16; ++i) out[i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
+}
+
+void InterleaveScalar(const uint8_t* first, const uint8_t* second, uint8_t* out) {
+  for (int i = 0; i < 16; ++i) {
+    out[2 * i] = first[i];
+    out[2 * i + 1] = second[i];
+  }
+}
+
+}  // namespace
+
+const StoreKernels kStoreKernelsScalar = {PackLineScalar, RawPairsScalar, EvenPairsScalar,
+                                          AverageScalar, InterleaveScalar};
+
+const StoreKernels& SelectStoreKernels() {
+  const StoreKernels* vector = StoreKernelsSse2();
+  return VectorKernelsEnabled() && vector != nullptr ? *vector : kStoreKernelsScalar;
+}
+
+}  // namespace vantaro

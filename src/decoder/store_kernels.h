@@ -1,0 +1,34 @@
+// Line primitives of the output stores: each works on one line of a
+// macroblock, 16 bytes (or 32) at a time, and writes exactly its output.
+#pragma once
+
+#include <cstdint>
+
+namespace vantaro {
+
+struct StoreKernels {
+  // out[c] = pack(left[c]) for c < 8, pack(right[c - 8]) after: 16 bytes.
+  void (*packLine)(const int16_t* left, const int16_t* right, uint8_t* out);
+  // Eight raw pairs: the word (v << 8) | u on the unclamped samples, low
+  // byte first. A u below 0 or above 255 spills into v's byte: 16 bytes.
+  void (*rawPairs)(const int16_t* u, const int16_t* v, uint8_t* out);
+  // Eight packed pairs of the even columns of 16-sample U and V lines, each
+  // given as a left and a right half: pack(u[2j]), pack(v[2j]). 16 bytes.
+  void (*evenPairs)(const int16_t* uLeft, const int16_t* uRight, const int16_t* vLeft,
+                    const int16_t* vRight, uint8_t* out);
+  // Byte-wise (a + b + 1) >> 1 over 16 bytes.
+  void (*average)(const uint8_t* a, const uint8_t* b, uint8_t* out);
+  // out[2i] = first[i], out[2i + 1] = second[i] for 16 bytes each: 32 bytes.
+  void (*interleave)(const uint8_t* first, const uint8_t* second, uint8_t* out);
+};
+
+extern const StoreKernels kStoreKernelsScalar;
+// Null on builds without SSE2.
+const StoreKernels* StoreKernelsSse2();
+const StoreKernels& SelectStoreKernels();
+
+inline uint8_t Pack(int16_t x) {
+  return static_cast<uint8_t>(x < 0 ? 0 : x > 255 ? 255 : x);
+}
+
+}  // namespace vantaro
