@@ -5,7 +5,7 @@
 
 #include "codec/global_tables.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 namespace {
 
 // One past the last non-zero byte: whole 32-bit words of the zero mask from
@@ -63,4 +63,4 @@ void EncodeAlphaPlane(MacroblockScratch& scratch, BitWriter& writer) {
   std::memcpy(scratch.alphaRowPredictor, previous, 16);
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

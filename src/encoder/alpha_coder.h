@@ -8,7 +8,7 @@
 #include "codec/global_tables.h"
 #include "codec/macroblock_scratch.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 // Codes one half of 128 differenced bytes, then its end marker. The zeros
 // after the last non-zero byte are not coded.
@@ -24,4 +24,4 @@ inline void PutAlphaEndMarker(BitWriter& writer) {
   PutCode(writer, kAlphaEndMarkerCode, kAlphaEndMarkerLength);
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -3,7 +3,7 @@
 #include "codec/code_rows.h"
 #include "codec/global_tables.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 namespace {
 
 constexpr uint32_t kEndOfBlock = 6;  // "0110" in stream order
@@ -67,4 +67,4 @@ void EncodeChromaBlock(const CodecInstance&, const int16_t* block, BitWriter& wr
   EncodeBlock(DcCodeChroma, block, writer);
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

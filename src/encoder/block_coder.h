@@ -7,7 +7,7 @@
 #include "codec/bit_stream.h"
 #include "codec/codec_instance.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 // destination[s] = source[ZigzagScan[s]]; the source stays as it was.
 void ZigzagBlock(int16_t* destination, const int16_t* source);
@@ -22,4 +22,4 @@ void EncodeChromaBlock(const CodecInstance& instance, const int16_t* block, BitW
 // Bit s set where scan position s holds zero (exact on all 16 bits).
 uint64_t ZeroMask(const int16_t* block);
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -4,27 +4,27 @@
 #include "encoder/forward_dct.h"
 #include "encoder/quantise.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 namespace {
-constexpr BlockKernels kScalarBlocks = {ForwardDctScalar, QuantiseBlockScalar};
-#if defined(VANTARO_HAVE_SSE2_KERNELS) && defined(VANTARO_SSE2_BLOCKS_READY)
-constexpr BlockKernels kSse2Blocks = {ForwardDctSse2, QuantiseBlockSse2};
+constexpr ForwardKernels kScalarBlocks = {ForwardDctScalar, QuantiseBlockScalar};
+#if defined(VANTARO_HAVE_SSE2_KERNELS)
+constexpr ForwardKernels kSse2Blocks = {ForwardDctSse2, QuantiseBlockSse2};
 #endif
 }  // namespace
 
-const BlockKernels& ScalarBlockKernels() { return kScalarBlocks; }
+const ForwardKernels& ScalarForwardKernels() { return kScalarBlocks; }
 
-const BlockKernels* Sse2BlockKernels() {
-#if defined(VANTARO_HAVE_SSE2_KERNELS) && defined(VANTARO_SSE2_BLOCKS_READY)
+const ForwardKernels* Sse2ForwardKernels() {
+#if defined(VANTARO_HAVE_SSE2_KERNELS)
   return &kSse2Blocks;
 #else
   return nullptr;
 #endif
 }
 
-const BlockKernels& SelectBlockKernels() {
-  const BlockKernels* vector = Sse2BlockKernels();
+const ForwardKernels& SelectForwardKernels() {
+  const ForwardKernels* vector = Sse2ForwardKernels();
   return vector != nullptr && VectorKernelsEnabled() ? *vector : kScalarBlocks;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -16,7 +16,7 @@
 #include "encoder/macroblock_encoder.h"
 #include "encoder/staged_writer.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 // kExtraEndMarkers: the csRGB24 walks with run/value alpha write two more
 // alpha end markers after every macroblock. Readers take those 6 bits as
@@ -27,7 +27,7 @@ void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t*
   const int32_t columns = instance.width / 16;
   const SliceRows rows = SliceRowsFor(instance.height, slice);
   if (columns <= 0 || (rows.fullRows == 0 && !rows.hasPartialRow)) return;
-  const BlockKernels& blocks = SelectBlockKernels();
+  const ForwardKernels& blocks = SelectForwardKernels();
   const LoaderKernels& loaders = SelectLoaderKernels();
   const int32_t pu = stride / 16;  // loaders' line distance: the pitch rounded toward zero
   MacroblockScratch scratch{};
@@ -82,4 +82,4 @@ void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t*
   }
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -5,6 +5,7 @@
 namespace vantaro {
 
 EncodeSliceWalkFn FindEncodeSliceWalk(ChromaArm arm, uint32_t colorSpace, bool hasAlpha) {
+  using namespace encoder;
   switch (arm) {
     case ChromaArm::k420: return FindEncodeSliceWalk420(colorSpace, hasAlpha);
     case ChromaArm::k422: return FindEncodeSliceWalk422(colorSpace, hasAlpha, false);

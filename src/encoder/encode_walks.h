@@ -8,7 +8,7 @@
 #include "encoder/packed_loaders.h"
 #include "encoder/planar_loaders.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 // The walk of one family for a colour space: `dctArm` is the dispatcher with
 // DCT alpha, where every walk codes the four alpha blocks.
@@ -56,4 +56,4 @@ EncodeSliceWalkFn Find(uint32_t colorSpace, bool hasAlpha) {
 }
 
 }  // namespace walks
-}  // namespace vantaro
+}  // namespace vantaro::encoder

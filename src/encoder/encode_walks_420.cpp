@@ -2,10 +2,10 @@
 // format and has no walks.
 #include "encoder/encode_walks.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 EncodeSliceWalkFn FindEncodeSliceWalk420(uint32_t colorSpace, bool hasAlpha) {
   return walks::Find<Family::k420, false>(colorSpace, hasAlpha);
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-namespace vantaro {
+namespace vantaro::encoder {
 
-struct BlockKernels {
+struct ForwardKernels {
   // 64 signed 16-bit samples in raster order, 16-byte aligned, in place.
   void (*forwardDct)(int16_t* block);
   // Level shift of the DC, then each value times its reciprocal, rounded to
@@ -37,14 +37,14 @@ struct LoaderKernels {
   void (*rgb32)(const uint8_t* source, LineSamples& out);  // 64 bytes: B G R A
 };
 
-const BlockKernels& ScalarBlockKernels();
+const ForwardKernels& ScalarForwardKernels();
 const LoaderKernels& ScalarLoaderKernels();
 // The SSE2 tables; null on a build without SSE2.
-const BlockKernels* Sse2BlockKernels();
+const ForwardKernels* Sse2ForwardKernels();
 const LoaderKernels* Sse2LoaderKernels();
 
 // The tables a walk uses: SSE2 when present and VectorKernelsEnabled().
-const BlockKernels& SelectBlockKernels();
+const ForwardKernels& SelectForwardKernels();
 const LoaderKernels& SelectLoaderKernels();
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

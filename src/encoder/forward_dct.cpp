@@ -1,9 +1,9 @@
 #include "encoder/forward_dct.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 namespace dct {
 
-const int16_t kRowMatrix[4][4][8] = {
+alignas(16) const int16_t kRowMatrix[4][4][8] = {
     {{16384, 16384, 22725, 19266, -8867, -21407, -22725, -12873},
      {16384, 16384, 12873, 4520, 21407, 8867, 19266, -4520},
      {16384, -16384, 12873, -22725, 21407, -8867, 19266, -22725},
@@ -22,7 +22,7 @@ const int16_t kRowMatrix[4][4][8] = {
      {-19266, 19266, 5315, 22654, 10426, -25172, 5315, -15137}},
 };
 
-const int16_t kRowRounding[8][8] = {
+alignas(16) const int16_t kRowRounding[8][8] = {
     {6, 8, 8, 8, 6, 8, 8, 8}, {10, 8, 8, 8, 8, 8, 8, 8}, {8, 8, 8, 8, 8, 8, 8, 8},
     {8, 8, 8, 8, 8, 8, 8, 8}, {6, 8, 8, 8, 6, 8, 8, 8}, {8, 8, 8, 8, 8, 8, 8, 8},
     {8, 8, 8, 8, 8, 8, 8, 8}, {8, 8, 8, 8, 8, 8, 8, 8},
@@ -111,4 +111,4 @@ void ForwardDctScalar(int16_t* block) {
   for (int row = 0; row < 8; ++row) RowPass(block + 8 * row, row);
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 // Column pass then row pass, in place on 64 raster-order samples. Exact
 // integer arithmetic: every saturating step, shift and rounding term below
@@ -24,11 +24,11 @@ constexpr int16_t kTan3 = -21746;  // tan(3pi/16) - 1: the 16-bit pattern of 437
 constexpr int16_t kCos4 = 23170;   // cos(pi/4), 15 fractional bits: halves through mulhi
 
 // Row matrices M0..M3 by row set: rows 0/4, 1/7, 2/6, 3/5.
-extern const int16_t kRowMatrix[4][4][8];
+alignas(16) extern const int16_t kRowMatrix[4][4][8];
 // Rounding terms of the row pass by row: deliberately uneven, kept as streams have them.
-extern const int16_t kRowRounding[8][8];
+alignas(16) extern const int16_t kRowRounding[8][8];
 // The matrix set of each row.
 constexpr int kRowSet[8] = {0, 1, 2, 3, 0, 3, 2, 1};
 
 }  // namespace dct
-}  // namespace vantaro
+}  // namespace vantaro::encoder

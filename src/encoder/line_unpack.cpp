@@ -3,7 +3,7 @@
 #include "codec/vector_kernels.h"
 #include "encoder/encoder_kernels.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 namespace {
 
 void Luma8(const uint8_t* s, LineSamples& out) {
@@ -86,4 +86,4 @@ const LoaderKernels& SelectLoaderKernels() {
 
 const LoaderKernels* Sse2LoaderKernels() { return nullptr; }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

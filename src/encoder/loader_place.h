@@ -9,7 +9,7 @@
 #include "encoder/encoder_kernels.h"
 #include "encoder/macroblock_encoder.h"
 
-namespace vantaro::place {
+namespace vantaro::encoder::place {
 
 // Row `row` (0..15) of the strip of two blocks that starts at `block`.
 inline int16_t* StripRow(MacroblockScratch& s, int block, int row) {
@@ -124,4 +124,4 @@ void FillFlat(MacroblockScratch& s) {
   }
 }
 
-}  // namespace vantaro::place
+}  // namespace vantaro::encoder::place

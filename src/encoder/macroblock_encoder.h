@@ -12,7 +12,7 @@
 #include "encoder/block_coder.h"
 #include "encoder/encoder_kernels.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 enum class Family : uint8_t { k420, k422, k444 };
 enum class AlphaCoding : uint8_t { kNone, kRunValue, kDct };
@@ -42,7 +42,7 @@ constexpr BlockStep kOrderDctAlpha[] = {{12, kA}, {14, kA}, {13, kA}, {15, kA}};
 
 // One block: transform, quantise, scan, DC difference against its plane's
 // predictor (predictor minus current, 16-bit wrap), code.
-inline void EncodeOneBlock(const CodecInstance& instance, const BlockKernels& kernels,
+inline void EncodeOneBlock(const CodecInstance& instance, const ForwardKernels& kernels,
                            MacroblockScratch& scratch, BlockStep step, BitWriter& writer) {
   int16_t* block = scratch.blocks[step.block];
   kernels.forwardDct(block);
@@ -61,7 +61,7 @@ inline void EncodeOneBlock(const CodecInstance& instance, const BlockKernels& ke
 }
 
 template <size_t N>
-inline void EncodeBlocks(const CodecInstance& instance, const BlockKernels& kernels,
+inline void EncodeBlocks(const CodecInstance& instance, const ForwardKernels& kernels,
                          MacroblockScratch& scratch, const BlockStep (&order)[N],
                          BitWriter& writer) {
   for (const BlockStep& step : order) EncodeOneBlock(instance, kernels, scratch, step, writer);
@@ -72,7 +72,7 @@ inline void EncodeBlocks(const CodecInstance& instance, const BlockKernels& kern
 // Writes one macroblock from the samples a loader left in `scratch`: its
 // blocks, then the alpha part. Updates the predictors; the blocks are spent.
 template <Family F, AlphaCoding A>
-void EncodeMacroblock(const CodecInstance& instance, const BlockKernels& kernels,
+void EncodeMacroblock(const CodecInstance& instance, const ForwardKernels& kernels,
                       MacroblockScratch& scratch, BitWriter& writer) {
   if constexpr (F == Family::k420) {
     mb::EncodeBlocks(instance, kernels, scratch, mb::kOrder420, writer);
@@ -88,4 +88,4 @@ void EncodeMacroblock(const CodecInstance& instance, const BlockKernels& kernels
   }
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

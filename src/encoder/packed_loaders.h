@@ -9,7 +9,7 @@
 #include "codec/codec_instance.h"
 #include "encoder/loader_place.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 template <ColorSpace CS>
 struct PackedLayout {
@@ -113,4 +113,4 @@ struct PackedLayout {
   }
 };
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

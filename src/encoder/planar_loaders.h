@@ -15,7 +15,7 @@
 #include "codec/codec_instance.h"
 #include "encoder/loader_place.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 template <ColorSpace CS>
 struct PlanarLayout {
@@ -110,4 +110,4 @@ struct PlanarLayout {
   }
 };
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

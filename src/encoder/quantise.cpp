@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 void QuantiseBlockScalar(int16_t* block, const float* reciprocals) {
   block[0] = static_cast<int16_t>(static_cast<uint16_t>(block[0]) - 1024u);
@@ -15,4 +15,4 @@ void QuantiseBlockScalar(int16_t* block, const float* reciprocals) {
   }
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -6,7 +6,7 @@
 
 #include "encoder/forward_dct.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 // Subtracts 1024 from the DC (16-bit wrap: the level shift, the only one),
 // then each of the 64 values times `reciprocals` at the same raster position
@@ -18,4 +18,4 @@ void QuantiseBlockScalar(int16_t* block, const float* reciprocals);
 void QuantiseBlockSse2(int16_t* block, const float* reciprocals);
 #endif
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

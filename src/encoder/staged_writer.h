@@ -12,7 +12,7 @@
 #include "codec/slice_walks.h"
 #include "encoder/macroblock_encoder.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 
 // Runs `encode(writer)`, which writes at most kWorstCaseMacroblockBytes.
 // Throws EncodeError, with nothing stored past `writer.capacity`, when the
@@ -41,4 +41,4 @@ inline void EncodeWithinCapacity(BitWriter& writer, Encode&& encode) {
   writer.bitPos = (writer.bitPos & ~7u) + staged.bitPos;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::encoder

@@ -8,7 +8,7 @@
 #include "encoder/block_coder.h"
 #include "support/pictures.h"
 
-namespace vantaro {
+namespace vantaro::encoder {
 namespace {
 
 struct Coded {
@@ -115,4 +115,4 @@ TEST(BlockCoder, ZigzagFollowsTheScanTable) {
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::encoder
