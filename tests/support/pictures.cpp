@@ -60,7 +60,7 @@ uint64_t Fnv1a64(const uint8_t* data, size_t size) {
 }
 
 std::vector<uint8_t> CompressFrameBytes(CodecInstance* instance, const Frame& frame) {
-  std::vector<uint8_t> stream(1 << 20);
+  std::vector<uint8_t> stream(frame.main.size() * 4 + 4096);
   const int64_t size =
       CompressFrame(instance, stream.data(), stream.size(), frame.main.data(),
                     frame.chroma.empty() ? nullptr : frame.chroma.data(), frame.stride);

@@ -1,0 +1,144 @@
+// The run/value alpha plane and whole macroblocks: costs and DC prediction.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "codec/global_tables.h"
+#include "codec/macroblock_scratch.h"
+#include "encoder/alpha_coder.h"
+#include "encoder/loader_place.h"
+#include "encoder/macroblock_encoder.h"
+#include "support/pictures.h"
+
+namespace vantaro::encoder {
+namespace {
+
+struct Writer {
+  alignas(16) uint8_t buffer[8192] = {};
+  BitWriter w{buffer, 0, 0, sizeof buffer};
+  std::string Bits(uint64_t from, int n) { return test::BitPeek(buffer, from).Bits(n); }
+};
+
+std::string Repeat(const std::string& s, int n) {
+  std::string out;
+  for (int i = 0; i < n; ++i) out += s;
+  return out;
+}
+
+TEST(AlphaCoder, OpaquePlaneCostsTwoEndMarkers) {
+  MacroblockScratch s{};
+  s.ResetPredictors();
+  std::memset(s.Alpha(), 255, 256);
+  Writer out;
+  EncodeAlphaPlane(s, out.w);
+  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)), "110" "110");
+}
+
+TEST(AlphaCoder, TransparentPlaneCodesRowZeroThenPredictsAcrossMacroblocks) {
+  MacroblockScratch s{};
+  s.ResetPredictors();
+  std::memset(s.Alpha(), 0, 256);
+  Writer out;
+  EncodeAlphaPlane(s, out.w);
+  // Row 0 differs by 255 (-1) from the opaque predictor: run 0 "0", value "11".
+  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)), Repeat("011", 16) + "110" + "110");
+  for (int i = 0; i < 16; ++i) EXPECT_EQ(s.alphaRowPredictor[i], 0);
+  std::memset(s.Alpha(), 0, 256);
+  const uint32_t before = out.w.bitPos;
+  EncodeAlphaPlane(s, out.w);
+  EXPECT_EQ(out.w.bitPos - before, 6u);
+}
+
+TEST(AlphaCoder, HalfCodesLongRunsWideValuesAndStopsAtTheLastNonZeroByte) {
+  Writer out;
+  uint8_t half[128] = {};
+  half[127] = 128;  // run 127, then the 10-bit value form
+  EncodeAlphaHalf(half, out.w);
+  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)),
+            "111" "1111111" "00" "00000001" "110");
+  std::memset(half, 0, sizeof half);
+  half[0] = 2;    // run 0, value 2
+  half[6] = 254;  // run 5: the long run form, value -2
+  half[8] = 3;    // run 1
+  Writer second;
+  EncodeAlphaHalf(half, second.w);
+  EXPECT_EQ(second.Bits(0, static_cast<int>(second.w.bitPos)),
+            "0" "01000" "111" "1010000" "01100" "1000" "01010" "110");
+}
+
+TEST(AlphaCoder, DifferencesArePreviousMinusCurrentRowByRow) {
+  MacroblockScratch s{};
+  s.ResetPredictors();
+  for (int r = 0; r < 16; ++r) std::memset(s.Alpha() + 16 * r, 255 - r, 16);
+  Writer out;
+  EncodeAlphaPlane(s, out.w);
+  // Row 0 equals the predictor; rows 1..7 each differ by +1: 16 pairs of
+  // run 0, value 1 ("0" "10") per row; row 8 is predicted from row 7.
+  const std::string row = Repeat("010", 16);
+  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)),
+            "111" "0000100" "10" + Repeat("010", 15) + Repeat(row, 6) + "110" +
+                Repeat(row, 8) + "110");
+  EXPECT_EQ(s.alphaRowPredictor[3], 240);
+}
+
+template <Family F, AlphaCoding A>
+uint32_t FlatMacroblockBits(MacroblockScratch& s, int16_t luma, int16_t chroma, Writer& out) {
+  LineSamples l;
+  for (int c = 0; c < 16; ++c) {
+    l.y[c] = luma;
+    l.u[c] = l.v[c] = chroma;
+    l.a[c] = 255;
+  }
+  for (int r = 0; r < 16; ++r) {
+    place::PutLuma(s, r, l.y);
+    if (F != Family::k420 || r < 8) place::PutChroma<F, true>(s, r, l.u, l.v);
+    place::PutAlpha<A>(s, r, l.a);
+  }
+  test::TestInstance instance(test::FourCC('V', 'T', 'Q', '0'), kCsNV12, 16, 32);
+  const uint32_t before = out.w.bitPos;
+  EncodeMacroblock<F, A>(*instance.get(), ScalarForwardKernels(), s, out.w);
+  return out.w.bitPos - before;
+}
+
+TEST(MacroblockEncoder, FlatGreyCostsTheLeastBitsOfEachMember) {
+  const struct {
+    uint32_t (*code)(MacroblockScratch&, int16_t, int16_t, Writer&);
+    uint32_t bits;
+  } cases[] = {
+      {FlatMacroblockBits<Family::k420, AlphaCoding::kNone>, 4 * 7 + 2 * 6},
+      {FlatMacroblockBits<Family::k420, AlphaCoding::kRunValue>, 4 * 7 + 2 * 6 + 6},
+      {FlatMacroblockBits<Family::k422, AlphaCoding::kNone>, 4 * 7 + 4 * 6},
+      {FlatMacroblockBits<Family::k444, AlphaCoding::kRunValue>, 4 * 7 + 8 * 6 + 6},
+      // Opaque DCT alpha is a white luma-like plane: its first block codes -1016.
+      {FlatMacroblockBits<Family::k444, AlphaCoding::kDct>, 4 * 7 + 8 * 6 + (9 + 10 + 4) + 3 * 7},
+  };
+  for (const auto& c : cases) {
+    MacroblockScratch s{};
+    s.ResetPredictors();
+    Writer out;
+    EXPECT_EQ(c.code(s, 128, 128, out), c.bits);
+  }
+}
+
+TEST(MacroblockEncoder, DcIsPredictedAcrossBlocksAndMacroblocksPerPlane) {
+  MacroblockScratch s{};
+  s.ResetPredictors();
+  Writer out;
+  // White luma, black chroma: the first Y block codes 0 - 1016 = -1016, the
+  // other three 0; U and V code 0 - (-1024) = 1024, size 11.
+  FlatMacroblockBits<Family::k420, AlphaCoding::kNone>(s, 255, 0, out);
+  const std::string lumaDc = "111111110" "1110000000";  // size 10, extra 1023 - 1016 = 7
+  EXPECT_EQ(out.Bits(0, 30), lumaDc + "0110" + "100" "0110");
+  EXPECT_EQ(out.Bits(23 + 3 * 7, 10 + 11 + 4), "1111111111" "00000000001" "0110");
+  EXPECT_EQ(s.dcPredictor[0], 1016);
+  EXPECT_EQ(static_cast<int16_t>(s.dcPredictor[1]), -1024);
+  EXPECT_EQ(static_cast<int16_t>(s.dcPredictor[2]), -1024);
+  // The same macroblock again: every difference 0.
+  const uint32_t before = out.w.bitPos;
+  EXPECT_EQ((FlatMacroblockBits<Family::k420, AlphaCoding::kNone>(s, 255, 0, out)), 40u);
+  EXPECT_EQ(out.Bits(before, 7), "1000110");
+}
+
+}  // namespace
+}  // namespace vantaro::encoder
