@@ -6,6 +6,10 @@
 
 #include <cstdint>
 
+#if defined(__x86_64__) || defined(_M_X64) || defined(__i386__) || defined(_M_IX86)
+#define VANTARO_HAVE_SSE2_KERNELS 1
+#endif
+
 namespace vantaro::encoder {
 
 struct ForwardKernels {

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "encoder/encoder_kernels.h"
+
 namespace vantaro::encoder {
 
 // Column pass then row pass, in place on 64 raster-order samples. Exact
@@ -11,8 +13,7 @@ namespace vantaro::encoder {
 // is part of the stream, not an approximation to be improved.
 void ForwardDctScalar(int16_t* block);
 
-#if defined(__x86_64__) || defined(_M_X64) || defined(__i386__) || defined(_M_IX86)
-#define VANTARO_HAVE_SSE2_KERNELS 1
+#if defined(VANTARO_HAVE_SSE2_KERNELS)
 void ForwardDctSse2(int16_t* block);
 #endif
 

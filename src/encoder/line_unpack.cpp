@@ -84,6 +84,8 @@ const LoaderKernels& SelectLoaderKernels() {
   return vector != nullptr && VectorKernelsEnabled() ? *vector : kScalarLoaders;
 }
 
+#if !defined(VANTARO_HAVE_SSE2_KERNELS)
 const LoaderKernels* Sse2LoaderKernels() { return nullptr; }
+#endif
 
 }  // namespace vantaro::encoder

@@ -1,0 +1,124 @@
+// The loaders' line unpacking in SSE2: byte lanes widened to 16 bits with
+// masks and shifts, and the RGB tables summed two pixels to a vector. Each
+// kernel writes exactly the fields its scalar twin writes.
+#include "encoder/encoder_kernels.h"
+
+#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#include <emmintrin.h>
+
+#include "codec/global_tables.h"
+
+namespace vantaro::encoder {
+namespace {
+
+inline __m128i LoadU(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline void Store(int16_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+inline __m128i LowBytes(__m128i v) { return _mm_and_si128(v, _mm_set1_epi16(0x00FF)); }
+inline __m128i HighBytes(__m128i v) { return _mm_srli_epi16(v, 8); }
+
+void Luma8(const uint8_t* s, LineSamples& out) {
+  const __m128i v = LoadU(s);
+  const __m128i zero = _mm_setzero_si128();
+  Store(out.y, _mm_unpacklo_epi8(v, zero));
+  Store(out.y + 8, _mm_unpackhi_epi8(v, zero));
+}
+
+void LumaAlpha(const uint8_t* s, LineSamples& out) {
+  const __m128i a = LoadU(s), b = LoadU(s + 16);
+  Store(out.y, LowBytes(a));
+  Store(out.y + 8, LowBytes(b));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out.a), _mm_packus_epi16(HighBytes(a), HighBytes(b)));
+}
+
+void ChromaHalf(const uint8_t* s, LineSamples& out) {
+  const __m128i v = LoadU(s);
+  Store(out.u, LowBytes(v));
+  Store(out.v, HighBytes(v));
+}
+
+void ChromaFull(const uint8_t* s, LineSamples& out) {
+  const __m128i a = LoadU(s), b = LoadU(s + 16);
+  Store(out.u, LowBytes(a));
+  Store(out.u + 8, LowBytes(b));
+  Store(out.v, HighBytes(a));
+  Store(out.v + 8, HighBytes(b));
+}
+
+// Chroma bytes U V U V ... of 16 pixels, one 16-bit lane each, to u and v.
+inline void SplitChroma(__m128i c0, __m128i c1, LineSamples& out) {
+  const __m128i pairs = _mm_packus_epi16(c0, c1);
+  Store(out.u, LowBytes(pairs));
+  Store(out.v, HighBytes(pairs));
+}
+
+void Yuy2(const uint8_t* s, LineSamples& out) {
+  const __m128i a = LoadU(s), b = LoadU(s + 16);
+  Store(out.y, LowBytes(a));
+  Store(out.y + 8, LowBytes(b));
+  SplitChroma(HighBytes(a), HighBytes(b), out);
+}
+
+void Uyvy(const uint8_t* s, LineSamples& out) {
+  const __m128i a = LoadU(s), b = LoadU(s + 16);
+  Store(out.y, HighBytes(a));
+  Store(out.y + 8, HighBytes(b));
+  SplitChroma(LowBytes(a), LowBytes(b), out);
+}
+
+// Byte k of each 32-bit pixel of two vectors, as eight 16-bit lanes.
+template <int kByte>
+inline __m128i PixelByte(__m128i a, __m128i b) {
+  const __m128i mask = _mm_set1_epi32(0xFF);
+  return _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(a, 8 * kByte), mask),
+                         _mm_and_si128(_mm_srli_epi32(b, 8 * kByte), mask));
+}
+
+void Ayuv(const uint8_t* s, LineSamples& out) {
+  const __m128i p0 = LoadU(s), p1 = LoadU(s + 16), p2 = LoadU(s + 32), p3 = LoadU(s + 48);
+  const __m128i y0 = PixelByte<0>(p0, p1), y1 = PixelByte<0>(p2, p3);
+  Store(out.y, y0);
+  Store(out.y + 8, y1);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out.a), _mm_packus_epi16(y0, y1));
+  Store(out.u, PixelByte<2>(p0, p1));
+  Store(out.u + 8, PixelByte<2>(p2, p3));
+  Store(out.v, PixelByte<3>(p0, p1));
+  Store(out.v + 8, PixelByte<3>(p2, p3));
+}
+
+inline __m128i Entries(const ColorLanes& first, const ColorLanes& second) {
+  return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(first.lane)),
+                            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(second.lane)));
+}
+
+// Two pixels a vector, lanes U V Y 0 each: table entries added in 16-bit
+// wrap and shifted by 5; the byte pack saturates U and V, Y is kept unpacked.
+template <int kBytes>
+void Rgb(const uint8_t* s, LineSamples& out) {
+  alignas(16) int16_t wide[64];
+  alignas(16) uint8_t narrow[64];
+  for (int i = 0; i < 16; i += 2) {
+    const uint8_t* p = s + kBytes * i;
+    const uint8_t* q = p + kBytes;
+    __m128i sum = _mm_add_epi16(Entries(LutBlue[p[0]], LutBlue[q[0]]),
+                                Entries(LutGreen[p[1]], LutGreen[q[1]]));
+    sum = _mm_srai_epi16(_mm_add_epi16(sum, Entries(LutRed[p[2]], LutRed[q[2]])), 5);
+    _mm_store_si128(reinterpret_cast<__m128i*>(wide + 4 * i), sum);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(narrow + 4 * i), _mm_packus_epi16(sum, sum));
+  }
+  for (int i = 0; i < 16; ++i) {
+    out.y[i] = wide[4 * i + 2];
+    out.u[i] = narrow[4 * i];
+    out.v[i] = narrow[4 * i + 1];
+    if constexpr (kBytes == 4) out.a[i] = s[4 * i + 3];
+  }
+}
+
+constexpr LoaderKernels kSse2Loaders = {Luma8, LumaAlpha, ChromaHalf, ChromaFull, Yuy2,
+                                        Uyvy,  Ayuv,      Rgb<3>,     Rgb<4>};
+
+}  // namespace
+
+const LoaderKernels* Sse2LoaderKernels() { return &kSse2Loaders; }
+
+}  // namespace vantaro::encoder
+#endif
