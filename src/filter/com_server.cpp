@@ -104,7 +104,6 @@ bool ServerModuleAttach() {
 
 using vantaro::GUID;
 using vantaro::HRESULT;
-using vantaro::operator==;
 
 extern "C" {
 

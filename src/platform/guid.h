@@ -8,6 +8,15 @@
 
 #include "vantaro/filter.h"
 
+// Equality of the record, found by argument lookup for the C type.
+constexpr bool operator==(const VtcGuid& a, const VtcGuid& b) {
+  if (a.Data1 != b.Data1 || a.Data2 != b.Data2 || a.Data3 != b.Data3) return false;
+  for (int i = 0; i < 8; ++i) {
+    if (a.Data4[i] != b.Data4[i]) return false;
+  }
+  return true;
+}
+
 namespace vantaro {
 
 using GUID = VtcGuid;
@@ -17,14 +26,6 @@ static_assert(sizeof(GUID) == 16);
 static_assert(offsetof(GUID, Data2) == 4);
 static_assert(offsetof(GUID, Data3) == 6);
 static_assert(offsetof(GUID, Data4) == 8);
-
-constexpr bool operator==(const GUID& a, const GUID& b) {
-  if (a.Data1 != b.Data1 || a.Data2 != b.Data2 || a.Data3 != b.Data3) return false;
-  for (int i = 0; i < 8; ++i) {
-    if (a.Data4[i] != b.Data4[i]) return false;
-  }
-  return true;
-}
 
 constexpr GUID kGuidNull{0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 

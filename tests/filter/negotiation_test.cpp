@@ -1,0 +1,273 @@
+// What the decoder filter decides at connection time.
+#include "test_graph.h"
+
+namespace vantaro::testing {
+namespace {
+
+class Negotiation : public ::testing::Test {
+ protected:
+  void SetUp() override { RegistryResetForTests(); }
+};
+
+// The input side connected for a stream, and the type offered at `position`.
+struct Offer {
+  Graph graph;
+  CMediaType type;
+  HRESULT result;
+  Offer(const char* fourcc, int32_t w, int32_t h, int32_t position,
+        const StreamOptions& options = {})
+      : graph(StreamType(FourCC(fourcc), w, h, options)) {
+    EXPECT_EQ(graph.ConnectInput(), kSOk);
+    result = graph.decoder->GetMediaType(position, &type);
+  }
+  VIDEOINFOHEADER2& Info2() { return *reinterpret_cast<VIDEOINFOHEADER2*>(type.pbFormat); }
+  BITMAPINFOHEADER& Header() { return *HeaderOf(type); }
+};
+
+void SetSetting(const char16_t* name, uint32_t value) {
+  RegistryKey key = 0;
+  ASSERT_EQ(RegistryCreateKey(kRegistryCurrentUser, kSettingsKey, &key), 0);
+  ASSERT_EQ(RegistrySetDword(key, name, value), 0);
+  RegistryCloseKey(key);
+}
+
+TEST_F(Negotiation, PositionsOfBothTables) {
+  EXPECT_EQ(Offer("VTQ0", 64, 64, 10).result, kVfwSNoMoreItems);
+  EXPECT_EQ(Offer("VTQ0", 64, 64, -1).result, kEInvalidArg);
+  Offer last("VTQ1", 64, 64, 11);
+  ASSERT_EQ(last.result, kSOk);
+  EXPECT_EQ(last.type.subtype, FourCCSubtype(FourCC("YUY2")));
+  EXPECT_EQ(last.type.formattype, kFormatVideoInfo);
+  EXPECT_EQ(Offer("VTQ1", 64, 64, 12).result, kVfwSNoMoreItems);
+  // The two NV16 rows differ in bit count, and stay so.
+  EXPECT_EQ(Offer("VTQ2", 64, 64, 3).Header().biBitCount, 12);
+  EXPECT_EQ(Offer("VTQ2", 64, 64, 8).Header().biBitCount, 16);
+
+  CVantaroDecoder* lone = new CVantaroDecoder(nullptr);
+  lone->NonDelegatingAddRef();
+  CMediaType type;
+  EXPECT_EQ(lone->GetMediaType(0, &type), kEUnexpected);
+  ALLOCATOR_PROPERTIES request{};
+  EXPECT_EQ(lone->DecideBufferSize(nullptr, &request), kEUnexpected);
+  lone->NonDelegatingRelease();
+}
+
+TEST_F(Negotiation, HighDefinitionOffers) {
+  StreamOptions options;
+  options.avgTimePerFrame = 333667;
+  Offer full("VTQ2", 1920, 1080, 0, options);
+  ASSERT_EQ(full.result, kSOk);
+  EXPECT_EQ(full.Header().biSizeImage, 4147200u);
+  EXPECT_EQ(full.type.lSampleSize, 4147200u);
+  EXPECT_EQ(full.type.bFixedSizeSamples, 1);
+  EXPECT_EQ(full.Info2().dwInterlaceFlags, 37u);
+  EXPECT_EQ(full.Info2().dwPictAspectRatioX, 16u);
+  EXPECT_EQ(full.Info2().dwPictAspectRatioY, 9u);
+  EXPECT_EQ(full.Info2().AvgTimePerFrame, 333667);
+  EXPECT_EQ(full.Info2().rcTarget.right, 1920);
+  EXPECT_EQ(full.Info2().rcSource.bottom, 1080);
+
+  SetSetting(u"InterlaceFlags", 0x25);
+  SetSetting(u"TypeSpecificFlags", 0x14);
+  Offer hd("VTQ0", 1280, 720, 0);  // progressive whatever the settings say
+  EXPECT_EQ(hd.Info2().dwInterlaceFlags, 0u);
+  EXPECT_EQ(hd.graph.decoder->State().typeSpecificFlags, 0u);
+  EXPECT_EQ(hd.Info2().dwPictAspectRatioX, 16u);
+  EXPECT_EQ(hd.Info2().dwPictAspectRatioY, 9u);
+}
+
+TEST_F(Negotiation, StandardDefinitionAspectAndFieldOrder) {
+  Offer ntsc("VTQ0", 720, 486, 0);
+  EXPECT_EQ(ntsc.Info2().dwInterlaceFlags, 33u);  // second field first
+  EXPECT_EQ(ntsc.graph.decoder->State().typeSpecificFlags, 0u);
+  EXPECT_EQ(ntsc.Header().biXPelsPerMeter, 10);
+  EXPECT_EQ(ntsc.Header().biYPelsPerMeter, 11);
+  EXPECT_EQ(ntsc.Info2().dwPictAspectRatioX, 4u);
+
+  Offer pal("VTQ0", 720, 576, 0);
+  EXPECT_EQ(pal.Header().biXPelsPerMeter, 59);
+  EXPECT_EQ(pal.Header().biYPelsPerMeter, 54);
+  EXPECT_EQ(pal.Info2().dwInterlaceFlags, 37u);
+
+  struct Case {
+    int32_t x, y;
+    uint32_t aspectX, aspectY;
+  } cases[] = {
+      {40, 33, 28800, 15840},  // 1.818...: left unreduced
+      {32, 27, 16, 9},         // 1.777...: 16:9
+      {8, 9, 4, 3},            // 1.333...: 4:3
+  };
+  for (const Case& c : cases) {
+    StreamOptions options;
+    options.xPels = c.x;
+    options.yPels = c.y;
+    Offer offer("VTQ0", 720, 480, 0, options);
+    EXPECT_EQ(offer.Info2().dwPictAspectRatioX, c.aspectX) << c.x << ":" << c.y;
+    EXPECT_EQ(offer.Info2().dwPictAspectRatioY, c.aspectY) << c.x << ":" << c.y;
+    EXPECT_EQ(offer.Header().biXPelsPerMeter, c.x);
+    EXPECT_EQ(offer.Header().biYPelsPerMeter, c.y);
+  }
+
+  Offer other("VTQ0", 640, 480, 0);
+  EXPECT_EQ(other.Info2().dwPictAspectRatioX, 640u);
+  EXPECT_EQ(other.Info2().dwPictAspectRatioY, 480u);
+  EXPECT_EQ(other.Header().biXPelsPerMeter, 1);
+}
+
+TEST_F(Negotiation, PlanesCarryTheFieldOrder) {
+  SetSetting(u"InterlaceFlags", 33);
+  SetSetting(u"TypeSpecificFlags", 0);
+  const struct {
+    uint16_t planes;
+    uint32_t interlace, typeSpecific;
+  } cases[] = {{3, 37, 4}, {5, 33, 0}, {7, 0, 0}, {1, 33, 0}, {0, 33, 0}, {9, 33, 0}};
+  for (const auto& c : cases) {
+    StreamOptions options;
+    options.planes = c.planes;
+    Offer offer("VTQ0", 640, 480, 0, options);
+    EXPECT_EQ(offer.Info2().dwInterlaceFlags, c.interlace) << "planes " << c.planes;
+    EXPECT_EQ(offer.graph.decoder->State().typeSpecificFlags, c.typeSpecific)
+        << "planes " << c.planes;
+  }
+  SetSetting(u"InterlaceFlags", 37);
+  StreamOptions clear;
+  clear.planes = 5;
+  EXPECT_EQ(Offer("VTQ0", 640, 480, 0, clear).Info2().dwInterlaceFlags, 33u);
+}
+
+TEST_F(Negotiation, RgbIsOfferedTopDown) {
+  Offer rgb("VTQ3", 640, 480, 4);
+  EXPECT_EQ(rgb.type.subtype, kMediaSubtypeRgb32);
+  EXPECT_EQ(rgb.Header().biCompression, kBiRgb);
+  EXPECT_EQ(rgb.Header().biHeight, -480);
+  EXPECT_EQ(rgb.Header().biSizeImage, 640u * 480u * 4u);
+}
+
+TEST_F(Negotiation, OutputLineAndBufferSizes) {
+  struct Case {
+    const char* stream;
+    int32_t w, h, position;
+    int32_t stride;
+    uint32_t size;
+  } cases[] = {
+      {"VTQ1", 720, 480, 1, 1800, 1800 * 480},      // YA20
+      {"VTQ1", 720, 486, 0, 1440, 1049760},         // UYVA, 24 bits: 3 bytes a pixel a frame
+      {"VTQ0", 720, 480, 0, 1440, 1440 * 480},      // YUY2
+      {"VTQ0", 100, 64, 2, 152, 152 * 64},          // NV12, rounded to four bytes
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.stream) + " position " + std::to_string(c.position));
+    Offer offer(c.stream, c.w, c.h, c.position);
+    ASSERT_EQ(offer.result, kSOk);
+    offer.graph.sink->Allocator()->minimum = 1;
+    ASSERT_EQ(offer.graph.Out()->Connect(offer.graph.sink->Pin(), &offer.type), kSOk);
+    EXPECT_EQ(offer.graph.decoder->State().outputStride, c.stride);
+    EXPECT_EQ(offer.graph.decoder->State().outputBufferSize, c.size);
+  }
+}
+
+TEST_F(Negotiation, InputAndTransformChecks) {
+  Graph graph(StreamType(FourCC("VTQ0"), 1920, 1080));
+  CVantaroDecoder& decoder = *graph.decoder;
+  CMediaType lower = StreamType(FourCC("vtq7"), 8, 8);
+  lower.subtype = kGuidNull;  // the subtype is not looked at
+  EXPECT_EQ(decoder.CheckInputType(&lower), kSOk);
+  const CMediaType info2 = StreamType(FourCC("VTQ9"), 8, 8, {true});
+  EXPECT_EQ(decoder.CheckInputType(&info2), kSOk);
+  const CMediaType unknown = StreamType(FourCC("VTQ6"), 8, 8);
+  EXPECT_EQ(decoder.CheckInputType(&unknown), kVfwETypeNotAccepted);
+  CMediaType audio = StreamType(FourCC("VTQ0"), 8, 8);
+  audio.majortype = FourCCSubtype(FourCC("auds"));
+  EXPECT_EQ(decoder.CheckInputType(&audio), kVfwETypeNotAccepted);
+  CMediaType noBlock = StreamType(FourCC("VTQ0"), 8, 8);
+  noBlock.formattype = kGuidNull;
+  EXPECT_EQ(decoder.CheckInputType(&noBlock), kVfwETypeNotAccepted);
+
+  ASSERT_EQ(graph.ConnectInput(), kSOk);
+  const CMediaType& in = graph.In()->CurrentMediaType();
+  CMediaType out;
+  ASSERT_EQ(decoder.GetMediaType(5, &out), kSOk);
+  HeaderOf(out)->biWidth = 2048;  // a wider surface
+  EXPECT_EQ(decoder.CheckTransform(&in, &out), kSOk);
+  HeaderOf(out)->biWidth = 1900;
+  EXPECT_EQ(decoder.CheckTransform(&in, &out), kVfwETypeNotAccepted);
+  HeaderOf(out)->biWidth = 1920;
+  HeaderOf(out)->biHeight = -1080;
+  EXPECT_EQ(decoder.CheckTransform(&in, &out), kSOk);
+  HeaderOf(out)->biHeight = 1078;
+  EXPECT_EQ(decoder.CheckTransform(&in, &out), kVfwETypeNotAccepted);
+  out.majortype = kGuidNull;  // not video: passes unexamined
+  EXPECT_EQ(decoder.CheckTransform(&in, &out), kSOk);
+}
+
+TEST_F(Negotiation, RendererKindsAndTheToggle) {
+  const struct {
+    GUID renderer;
+    uint8_t afterFirst, afterSecond, enhanced;
+  } cases[] = {
+      {kVideoRenderer, 0, 1, 0},         {kVideoMixingRenderer7, 0, 1, 0},
+      {kOverlayMixer, 0, 0, 0},          {kVideoMixingRenderer9, 1, 1, 0},
+      {kEnhancedVideoRenderer, 1, 1, 1}, {kSinkClass, 1, 1, 0},
+  };
+  for (const auto& c : cases) {
+    Graph graph(StreamType(FourCC("VTQ0"), 64, 64), c.renderer);
+    ASSERT_EQ(graph.ConnectInput(), kSOk);
+    ASSERT_EQ(graph.ConnectOutput(), kSOk);
+    EXPECT_EQ(graph.decoder->State().writeSampleFlags, c.afterFirst);
+    graph.DisconnectOutput();
+    ASSERT_EQ(graph.ConnectOutput(), kSOk);
+    EXPECT_EQ(graph.decoder->State().writeSampleFlags, c.afterSecond);
+    EXPECT_EQ(graph.decoder->State().enhancedRenderer, c.enhanced);
+  }
+}
+
+TEST_F(Negotiation, SettingsAreReadOnceAndCreatedWithTheirDefaults) {
+  {
+    Graph graph(StreamType(FourCC("VTQ0"), 64, 64));
+    EXPECT_EQ(graph.decoder->State().configuredInterlaceFlags, 37u);
+  }
+  const std::vector<std::string> written =
+      RegistryDumpForTests(kRegistryCurrentUser, kSettingsKey);
+  EXPECT_EQ(written, (std::vector<std::string>{"value |InterlaceFlags=37",
+                                               "value |TypeSpecificFlags=4"}));
+  EXPECT_EQ(RegistryOpenHandlesForTests(), 0u);
+
+  SetSetting(u"TypeSpecificFlags", 0);
+  Graph stored(StreamType(FourCC("VTQ0"), 64, 64));
+  EXPECT_EQ(stored.decoder->State().configuredTypeSpecificFlags, 0u);
+
+  RegistryResetForTests();
+  RegistrySetDeniedForTests(kRegistryCurrentUser, true);
+  Graph denied(StreamType(FourCC("VTQ0"), 64, 64));
+  EXPECT_EQ(denied.decoder->State().configuredInterlaceFlags, 37u);
+  EXPECT_EQ(denied.decoder->State().configuredTypeSpecificFlags, 4u);
+  RegistrySetDeniedForTests(kRegistryCurrentUser, false);
+}
+
+TEST_F(Negotiation, InterfacesAndPins) {
+  Graph graph(StreamType(FourCC("VTQ0"), 64, 64));
+  IUnknown* self = graph.decoder->InnerUnknown();
+  void* object = nullptr;
+  EXPECT_EQ(self->QueryInterface(kIidIVantaroDecoder, nullptr), kEPointer);
+  ASSERT_EQ(self->QueryInterface(kIidIVantaroDecoder, &object), kSOk);
+  EXPECT_EQ(object, static_cast<IVantaroDecoder*>(graph.decoder));
+  static_cast<IUnknown*>(object)->Release();
+  ASSERT_EQ(self->QueryInterface(kIidIBaseFilter, &object), kSOk);
+  auto* filter = static_cast<IBaseFilter*>(object);
+  GUID clsid{};
+  EXPECT_EQ(filter->GetClassID(&clsid), kSOk);
+  EXPECT_EQ(clsid, kClsidVantaroDecoder);
+  IPin* pin = nullptr;
+  ASSERT_EQ(filter->FindPin(u"Out", &pin), kSOk);
+  PIN_INFO info{};
+  ASSERT_EQ(pin->QueryPinInfo(&info), kSOk);
+  EXPECT_EQ(std::u16string(info.achName), u"XForm Out");
+  EXPECT_EQ(info.dir, PINDIR_OUTPUT);
+  info.pFilter->Release();
+  pin->Release();
+  EXPECT_EQ(filter->FindPin(u"XForm In", &pin), kVfwENotFound);
+  filter->Release();
+}
+
+}  // namespace
+}  // namespace vantaro::testing
