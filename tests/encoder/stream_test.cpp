@@ -176,6 +176,44 @@ TEST(EncoderStream, Rgb24IntoAnAlphaStreamCodesOpaqueAlphaAndTwoMoreEndMarkers) 
   EXPECT_NE(plain, alpha);
 }
 
+// One frame line below the whole rows leaves the second field's partial row
+// without a line: nothing is read for it, and its macroblocks code flat
+// mid-grey (4 x 7 + 8 x 6 bits each in 4:4:4, predictors reset).
+TEST(EncoderStream, APartialRowWithoutLinesCodesFlatGrey) {
+  const int32_t w = 32, h = 33, stride = 4 * w;
+  std::vector<uint8_t> picture(static_cast<size_t>(stride) * h, 200);  // exactly the frame
+  TestInstance instance(FourCC('V', 'T', 'Q', '4'), kCsRGB32, w, h);
+  std::vector<uint8_t> stream(1 << 16);
+  const int64_t n = CompressFrame(instance.get(), stream.data(), stream.size(), picture.data(),
+                                  nullptr, stride);
+  stream.resize(static_cast<size_t>(n - 4));
+  const std::vector<uint32_t> l = SliceLengths(stream);
+  EXPECT_EQ(l[1], 3u + (2 * 76 + 7) / 8);
+  EXPECT_EQ(l[5], 3u + (2 * 76 + 7) / 8);
+}
+
+// Packed layouts read only their own lines, including the partial row's,
+// from buffers that hold exactly the frame (the sanitizer build checks it).
+TEST(EncoderStream, PackedLayoutsReadOnlyInsideTheirFrame) {
+  const uint32_t packed[] = {kCsYUY2, kCsUYVY, kCsUYVA, kCsAYUV, kCsRGB24, kCsRGB32};
+  const int32_t bytesPerPixel[] = {2, 2, 2, 4, 3, 4};
+  for (size_t k = 0; k < std::size(packed); ++k) {
+    for (int32_t h = 32; h < 64; h += 3) {
+      const int32_t w = 32, stride = w * bytesPerPixel[k];
+      size_t bytes = static_cast<size_t>(stride) * h;
+      if (packed[k] == kCsUYVA) bytes += static_cast<size_t>(w) * h;  // the alpha plane
+      std::vector<uint8_t> picture = test::PatternBytes(bytes, static_cast<uint32_t>(h), stride);
+      for (uint32_t fourcc : {FourCC('V', 'T', 'Q', '0'), FourCC('V', 'T', 'Q', '9')}) {
+        TestInstance instance(fourcc, packed[k], w, h);
+        std::vector<uint8_t> stream(1 << 16);
+        EXPECT_GT(CompressFrame(instance.get(), stream.data(), stream.size(), picture.data(),
+                                nullptr, stride),
+                  28);
+      }
+    }
+  }
+}
+
 TEST(EncoderStream, BottomUpPicturesCodeAsTheirTopDownMirror) {
   for (uint32_t cs : {kCsRGB24, kCsRGB32, kCsYUY2}) {
     const int32_t w = 48, h = 70;
