@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "support/headers.h"
+
 #include <vector>
 
 #include "codec/bit_stream.h"
@@ -37,20 +39,12 @@ TEST(BitStream, BoundedLoadsReadNothingPastTheEnd) {
   EXPECT_EQ(LoadLeBounded(bytes, bytes + 5, 3), 0x030201ull);
 }
 
-BITMAPINFOHEADER Header(uint32_t compression, uint16_t bits, int32_t width, int32_t height) {
-  BITMAPINFOHEADER h{};
-  h.biSize = 40;
-  h.biWidth = width;
-  h.biHeight = height;
-  h.biBitCount = bits;
-  h.biCompression = compression;
-  return h;
-}
+using test::PictureHeader;
 
 uint32_t Le24(const uint8_t* p) { return p[0] | (p[1] << 8) | (p[2] << 16); }
 
 TEST(Container, UnusableLayoutGivesTheEmptyFrame) {
-  const BITMAPINFOHEADER h = Header(kBiRgb, 16, 64, 64);  // 16-bit RGB: index 0
+  const BITMAPINFOHEADER h = PictureHeader(kBiRgb, 16, 64, 64);  // 16-bit RGB: index 0
   void* encoder = VTC_CompressFieldBegin(&h, VTC_FOURCC('V', 'T', 'Q', '2'));
   std::vector<uint8_t> stream(64, 0xEE);
   std::vector<uint8_t> picture(64 * 64 * 2, 0x80);
@@ -62,7 +56,7 @@ TEST(Container, UnusableLayoutGivesTheEmptyFrame) {
 }
 
 TEST(Container, FieldResultsCountBytesSoFarPlusFour) {
-  const BITMAPINFOHEADER h = Header(kBiRgb, 16, 64, 64);
+  const BITMAPINFOHEADER h = PictureHeader(kBiRgb, 16, 64, 64);
   void* encoder = VTC_CompressFieldBegin(&h, VTC_FOURCC('v', 't', 'q', '0'));
   std::vector<uint8_t> stream(64, 0);
   std::vector<uint8_t> picture(64 * 64 * 2, 0);

@@ -1,21 +1,14 @@
 #include <gtest/gtest.h>
 
+#include "support/headers.h"
+
 #include "codec/codec_instance.h"
 #include "codec/slice_layout.h"
 
 namespace vantaro {
 namespace {
 
-BITMAPINFOHEADER Header(uint32_t compression, uint16_t bits, int32_t width = 64,
-                        int32_t height = 64) {
-  BITMAPINFOHEADER h{};
-  h.biSize = 40;
-  h.biWidth = width;
-  h.biHeight = height;
-  h.biBitCount = bits;
-  h.biCompression = compression;
-  return h;
-}
+using test::PictureHeader;
 
 struct Instance {
   CodecInstance value;
@@ -45,7 +38,7 @@ TEST(Instance, StreamFormatsInEitherCase) {
 
 TEST(Instance, ColorSpaceFromHeader) {
   {
-    const BITMAPINFOHEADER vyuy = Header(MakeFourCC('V', 'Y', 'U', 'Y'), 16);
+    const BITMAPINFOHEADER vyuy = PictureHeader(MakeFourCC('V', 'Y', 'U', 'Y'), 16);
     EXPECT_EQ(ColorSpaceFromHeader(&vyuy), kCsYUY2);  // no byte swap of any kind
   }
   const struct {
@@ -63,7 +56,7 @@ TEST(Instance, ColorSpaceFromHeader) {
       {MakeFourCC('y', 'u', 'y', '2'), 16, kCsInvalid},
   };
   for (const auto& c : cases) {
-    const BITMAPINFOHEADER h = Header(c.compression, c.bits);
+    const BITMAPINFOHEADER h = PictureHeader(c.compression, c.bits);
     EXPECT_EQ(ColorSpaceFromHeader(&h), c.expected) << std::hex << c.compression << " " << c.bits;
   }
 }
@@ -85,7 +78,7 @@ TEST(Instance, BeginCompressRefusesAlphaMismatchesButLetsRgb24FeedAlpha) {
   };
   for (const auto& c : cases) {
     Instance instance(MakeFourCC('V', 'T', 'Q', c.variant));
-    const BITMAPINFOHEADER h = Header(c.compression, c.bits, 720, -480);
+    const BITMAPINFOHEADER h = PictureHeader(c.compression, c.bits, 720, -480);
     EXPECT_EQ(BeginCompress(&instance.value, &h), c.expected) << c.variant;
     EXPECT_EQ(instance.value.height, 480);  // written whatever the verdict
     EXPECT_EQ(instance.value.width, 720);
@@ -94,8 +87,8 @@ TEST(Instance, BeginCompressRefusesAlphaMismatchesButLetsRgb24FeedAlpha) {
 
 TEST(Instance, BeginDecompressComparesMagnitudesOnly) {
   Instance instance(MakeFourCC('V', 'T', 'Q', '2'));
-  const BITMAPINFOHEADER stream = Header(MakeFourCC('V', 'T', 'Q', '2'), 16, 720, 480);
-  BITMAPINFOHEADER out = Header(kBiRgb, 32, 720, -480);
+  const BITMAPINFOHEADER stream = PictureHeader(MakeFourCC('V', 'T', 'Q', '2'), 16, 720, 480);
+  BITMAPINFOHEADER out = PictureHeader(kBiRgb, 32, 720, -480);
   EXPECT_EQ(BeginDecompress(&instance.value, &stream, &out), 0);
   EXPECT_EQ(instance.value.colorSpace, kCsRGB32);
   out.biWidth = 704;
