@@ -156,16 +156,22 @@ inline constexpr BlockSlot kOrder444Alpha[] = {
     {8, DcKind::kChroma},  {10, DcKind::kChroma}, {9, DcKind::kChroma}, {11, DcKind::kChroma},
     {12, DcKind::kLuma},   {14, DcKind::kLuma},   {13, DcKind::kLuma},  {15, DcKind::kLuma}};
 
+// The dcPredictor a block's DC runs on: Y, U, V or DCT alpha.
+inline constexpr uint8_t kDcPredictorOfBlock[16] = {0, 0, 0, 0, 1, 1, 2, 2, 1, 1, 2, 2, 3, 3, 3, 3};
+
 // DC reconstruction: the stream carries predictor minus current, so along a
-// plane's chain p = p - diff, 16-bit wrap-around, and the block's DC is p.
-inline void ReconstructDcChain(int16_t (*blocks)[64], uint16_t& predictor,
-                               const uint8_t* chain, size_t count) {
-  uint16_t p = predictor;
+// plane's chain p = p - diff, 16-bit wrap-around, and the block's DC is p. A
+// plane's chain is its blocks in stream order (Y 0, 2, 1, 3; U 4, 5, 8, 9;
+// V 6, 7, 10, 11; alpha 12, 14, 13, 15), so one walk over the order serves
+// all four chains.
+inline void ReconstructDc(int16_t (*blocks)[64], uint16_t (&predictors)[4], const BlockSlot* order,
+                          size_t count) {
   for (size_t i = 0; i < count; ++i) {
-    p = static_cast<uint16_t>(p - static_cast<uint16_t>(blocks[chain[i]][0]));
-    blocks[chain[i]][0] = static_cast<int16_t>(p);
+    int16_t& dc = blocks[order[i].block][0];
+    uint16_t& p = predictors[kDcPredictorOfBlock[order[i].block]];
+    p = static_cast<uint16_t>(p - static_cast<uint16_t>(dc));
+    dc = static_cast<int16_t>(p);
   }
-  predictor = p;
 }
 
 }  // namespace vantaro

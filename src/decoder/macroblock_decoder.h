@@ -23,56 +23,30 @@ struct MacroblockContext {
   StreamView stream;
 };
 
-// Shapes: the block order, how many leading blocks to clear, the chains of
-// the U and V predictors and the blocks to transform.
-struct Shape420 {
-  static constexpr const BlockSlot* kOrder = kOrder420;
-  static constexpr size_t kCount = std::size(kOrder420);
-  static constexpr int32_t kClear = 7;
-  static constexpr uint8_t kU[] = {4};
-  static constexpr uint8_t kV[] = {6};
-  static constexpr uint8_t kTransform[] = {0, 1, 2, 3, 4, 6};
-  static constexpr bool kDctAlpha = false;
-};
-struct Shape422 {
-  static constexpr const BlockSlot* kOrder = kOrder422;
-  static constexpr size_t kCount = std::size(kOrder422);
-  static constexpr int32_t kClear = 8;
-  static constexpr uint8_t kU[] = {4, 5};
-  static constexpr uint8_t kV[] = {6, 7};
-  static constexpr uint8_t kTransform[] = {0, 1, 2, 3, 4, 5, 6, 7};
-  static constexpr bool kDctAlpha = false;
-};
-struct Shape444 {
-  static constexpr const BlockSlot* kOrder = kOrder444;
-  static constexpr size_t kCount = std::size(kOrder444);
-  static constexpr int32_t kClear = 12;
-  static constexpr uint8_t kU[] = {4, 5, 8, 9};
-  static constexpr uint8_t kV[] = {6, 7, 10, 11};
-  static constexpr uint8_t kTransform[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
-  static constexpr bool kDctAlpha = false;
-};
-struct Shape422Dct {
-  static constexpr const BlockSlot* kOrder = kOrder422Alpha;
-  static constexpr size_t kCount = std::size(kOrder422Alpha);
-  static constexpr int32_t kClear = 16;
-  static constexpr uint8_t kU[] = {4, 5};
-  static constexpr uint8_t kV[] = {6, 7};
-  static constexpr uint8_t kTransform[] = {0, 1, 2, 3, 4, 5, 6, 7, 12, 13, 14, 15};
-  static constexpr bool kDctAlpha = true;
-};
-struct Shape444Dct {
-  static constexpr const BlockSlot* kOrder = kOrder444Alpha;
-  static constexpr size_t kCount = std::size(kOrder444Alpha);
-  static constexpr int32_t kClear = 16;
-  static constexpr uint8_t kU[] = {4, 5, 8, 9};
-  static constexpr uint8_t kV[] = {6, 7, 10, 11};
-  static constexpr uint8_t kTransform[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-  static constexpr bool kDctAlpha = true;
-};
+// The highest block number an order names.
+constexpr int32_t HighestBlock(const BlockSlot* order, size_t count) {
+  int32_t highest = 0;
+  for (size_t i = 0; i < count; ++i) highest = order[i].block > highest ? order[i].block : highest;
+  return highest;
+}
 
-inline constexpr uint8_t kLumaChain[] = {0, 2, 1, 3};
-inline constexpr uint8_t kAlphaChain[] = {12, 14, 13, 15};
+// A macroblock shape is its block order in the stream; the rest follows from
+// it: the blocks to clear (all up to the highest one named), the DC chains
+// (each plane's blocks in stream order) and the blocks to transform (all the
+// order names).
+template <const auto& Order>
+struct BlockShape {
+  static constexpr const BlockSlot* kOrder = Order;
+  static constexpr size_t kCount = std::size(Order);
+  static constexpr int32_t kClear = HighestBlock(Order, kCount) + 1;
+};
+using Shape420 = BlockShape<kOrder420>;
+using Shape422 = BlockShape<kOrder422>;
+using Shape444 = BlockShape<kOrder444>;
+using Shape422Dct = BlockShape<kOrder422Alpha>;
+using Shape444Dct = BlockShape<kOrder444Alpha>;
+static_assert(Shape420::kClear == 7 && Shape422::kClear == 8 && Shape444::kClear == 12 &&
+              Shape422Dct::kClear == 16);
 
 // Decodes one macroblock at `bitPos` into `s`, samples ready for a store.
 // False when the stream would lead outside a block or an alpha half.
@@ -85,13 +59,10 @@ bool DecodeMacroblock(const MacroblockContext& ctx, MacroblockScratch& s, uint64
   if constexpr (kRunLengthAlpha) {
     if (!ReadAlphaPlane(s, ctx.stream, bitPos)) return false;
   }
-  ReconstructDcChain(s.blocks, s.dcPredictor[0], kLumaChain, std::size(kLumaChain));
-  ReconstructDcChain(s.blocks, s.dcPredictor[1], Shape::kU, std::size(Shape::kU));
-  ReconstructDcChain(s.blocks, s.dcPredictor[2], Shape::kV, std::size(Shape::kV));
-  if constexpr (Shape::kDctAlpha) {
-    ReconstructDcChain(s.blocks, s.dcPredictor[3], kAlphaChain, std::size(kAlphaChain));
+  ReconstructDc(s.blocks, s.dcPredictor, Shape::kOrder, Shape::kCount);
+  for (size_t i = 0; i < Shape::kCount; ++i) {
+    ctx.kernels.inverseTransform(s.blocks[Shape::kOrder[i].block], ctx.multipliers);
   }
-  for (uint8_t b : Shape::kTransform) ctx.kernels.inverseTransform(s.blocks[b], ctx.multipliers);
   return true;
 }
 

@@ -36,14 +36,32 @@ inline void RepeatPairs(const uint8_t* pairs, uint8_t* out) {
 // Chroma families. HalfPairs: the eight pairs serving output line r at half
 // horizontal rate; FullPairs: sixteen at full rate; Nv12Pairs: chroma line k
 // of a 4:2:0 plane; RgbChroma: packed U and V for each of 16 pixels.
-struct Family420 {
-  static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
-    k.rawPairs(s.blocks[4] + 8 * (r >> 1), s.blocks[6] + 8 * (r >> 1), out);
-  }
+
+// Full rate from half rate: each pair twice.
+template <class F>
+struct RepeatedFullPairs {
   static void FullPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     uint8_t half[16];
-    HalfPairs(k, s, r, half);
+    F::HalfPairs(k, s, r, half);
     RepeatPairs(half, out);
+  }
+};
+
+// Chroma line k of a 4:2:0 plane from a stream with a chroma line per luma
+// line: the bytes of lines 2k and 2k + 1 averaged, the one place lines mix.
+template <class F>
+struct AveragedNv12Pairs {
+  static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
+    uint8_t a[16], b[16];
+    F::HalfPairs(k, s, 2 * line, a);
+    F::HalfPairs(k, s, 2 * line + 1, b);
+    k.average(a, b, out);
+  }
+};
+
+struct Family420 : RepeatedFullPairs<Family420> {
+  static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
+    k.rawPairs(s.blocks[4] + 8 * (r >> 1), s.blocks[6] + 8 * (r >> 1), out);
   }
   static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
     k.rawPairs(s.blocks[4] + 8 * line, s.blocks[6] + 8 * line, out);
@@ -56,21 +74,10 @@ struct Family420 {
   }
 };
 
-struct Family422 {
+// The raw pairs of two lines are averaged as bytes for a 4:2:0 plane.
+struct Family422 : RepeatedFullPairs<Family422>, AveragedNv12Pairs<Family422> {
   static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.rawPairs(StripLine(s, 4, r), StripLine(s, 6, r), out);
-  }
-  static void FullPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
-    uint8_t half[16];
-    HalfPairs(k, s, r, half);
-    RepeatPairs(half, out);
-  }
-  // The raw bytes of two lines averaged: the one place lines are mixed.
-  static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
-    uint8_t a[16], b[16];
-    HalfPairs(k, s, 2 * line, a);
-    HalfPairs(k, s, 2 * line + 1, b);
-    k.average(a, b, out);
   }
   static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
     for (int c = 0; c < 16; ++c) {
@@ -80,7 +87,7 @@ struct Family422 {
   }
 };
 
-struct Family444 {
+struct Family444 : AveragedNv12Pairs<Family444> {
   // Even columns, packed; the odd columns are dropped, not averaged.
   static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.evenPairs(StripLine(s, 4, r), StripLine(s, 8, r), StripLine(s, 6, r), StripLine(s, 10, r), out);
@@ -88,12 +95,6 @@ struct Family444 {
   static void FullPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.rawPairs(StripLine(s, 4, r), StripLine(s, 6, r), out);
     k.rawPairs(StripLine(s, 8, r), StripLine(s, 10, r), out + 16);
-  }
-  static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
-    uint8_t a[16], b[16];
-    HalfPairs(k, s, 2 * line, a);
-    HalfPairs(k, s, 2 * line + 1, b);
-    k.average(a, b, out);
   }
   static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
     kStoreKernelsScalar.packLine(StripLine(s, 4, r), StripLine(s, 8, r), u);
