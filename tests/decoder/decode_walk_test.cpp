@@ -222,6 +222,33 @@ TEST_F(DecodeWalks, FlatGreyMacroblockGivesTheShortcutValue) {
   }
 }
 
+// csUYVA, 16 x 64, frame stride 32: each field's two macroblock rows carry
+// run-length alpha of one value (10, 20 in field 0; 30, 40 in field 1). The
+// alpha plane lies behind the main plane, the field stride's t / 16 / 2 * 16
+// (32) bytes a line, and the second field's lines start one alpha line
+// (width bytes) in from frameBase: together the frame's plane, 16 a line.
+TEST_F(DecodeWalks, UyvaAlphaPlaneOfBothFields) {
+  auto macroblock = [](uint8_t alpha) {
+    StreamWriter w;
+    for (int b = 0; b < 4; ++b) w.Block(0, true);
+    for (int b = 0; b < 4; ++b) w.Block(0, false);
+    for (int c = 0; c < 16; ++c) w.AlphaPair(static_cast<uint8_t>(255 - alpha), 0);
+    w.AlphaEnd().AlphaEnd();
+    return w.Bytes();
+  };
+  const std::vector<uint8_t> frame = HandFrame(
+      {{macroblock(10), macroblock(20), {}, {}}, {macroblock(30), macroblock(40), {}, {}}});
+  std::vector<uint8_t> out(32 * 64 + 16 * 64 + 64, kUntouched);
+  test::TestInstance inst(kVariants[3], kCsUYVA, 16, 64);
+  EXPECT_EQ(DecompressFrame(inst.get(), out.data(), nullptr, frame.data(), 32, frame.size()), 0);
+  const size_t plane = 32 * 64;
+  for (int32_t y = 0; y < 64; ++y) {
+    const uint8_t expected = static_cast<uint8_t>(10 * (1 + (y / 32) + 2 * (y % 2)));
+    for (int32_t x = 0; x < 16; ++x) ASSERT_EQ(out[plane + 16 * y + x], expected) << y << "," << x;
+  }
+  for (size_t i = plane + 16 * 64; i < out.size(); ++i) ASSERT_EQ(out[i], kUntouched) << i;
+}
+
 // U of -3 (DC -1056) and of 256 (DC 1016, the shortcut's highest value)
 // through the whole walk into csYUY2: the raw pair, unclamped.
 TEST_F(DecodeWalks, RawPairThroughTheWalk) {
