@@ -27,9 +27,11 @@ int64_t QueryOutput(CodecInstance* instance, const BITMAPINFOHEADER* stream,
     return kIcErrBadFormat;
   }
   // Whole bytes a pixel: the 12-bit layouts get away with one byte a pixel.
-  const int64_t need = static_cast<int64_t>(ColorSpaceBits[colorSpace] / 8) * height *
-                       output->biWidth;
-  if (static_cast<int64_t>(output->biSizeImage) < need) {
+  // The product is the 32-bit one and is compared unsigned, so a negative
+  // width needs more than any buffer holds.
+  const uint32_t need = static_cast<uint32_t>(
+      Wrap32(Wrap32(ColorSpaceBits[colorSpace] / 8, height), output->biWidth));
+  if (output->biSizeImage < need) {
     CodecLog("DecompressQuery", "Buffer size too small.");
     return kIcErrBadSize;
   }

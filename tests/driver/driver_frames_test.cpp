@@ -222,6 +222,9 @@ TEST(DriverFrames, DecompressFormatMessages) {
     EXPECT_EQ(d->Send(ICM_DECOMPRESS_QUERY, &stream, &output), result) << output.biCompression;
     EXPECT_EQ(d->codec().topDown, topDown < 0 ? 7 : topDown);
   }
+  // The need is compared unsigned: a negative width needs more than any buffer.
+  BITMAPINFOHEADER mirrored = Header(-16, 16, Fcc("VTQ0"), 24), mirroredOut = Header(-16, 16, 0, 32, 0xFFFFF000u);
+  EXPECT_EQ(vtq0.Send(ICM_DECOMPRESS_QUERY, &mirrored, &mirroredOut), -7);
   // A zero height is top-down here only.
   BITMAPINFOHEADER flat = Header(720, 0, Fcc("VTQ0"), 24), flatOut = Header(720, 0, 0, 32);
   EXPECT_EQ(vtq0.Send(ICM_DECOMPRESS_QUERY, &flat, &flatOut), 0);
