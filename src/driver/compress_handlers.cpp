@@ -40,20 +40,21 @@ bool SameResolution(const CodecInstance& instance, const BITMAPINFOHEADER* sourc
 // upward, so the picture's top line still opens field 0; every other layout,
 // and RGB said to be top-down, runs downward. The second field's second plane
 // is one line further, not the frame-call offset of the direct functions.
-int64_t CompressBothFields(CodecInstance* instance, const IcCompress& frame, uint32_t colorSpace,
+int64_t CompressBothFields(CodecInstance* instance, const ICCOMPRESS& frame, uint32_t colorSpace,
                            size_t capacity) {
   const int32_t line = DriverLineBytes(colorSpace, instance->width);
   const bool rgb = colorSpace == kCsRGB24 || colorSpace == kCsRGB32;
+  const auto* input = static_cast<const uint8_t*>(frame.lpInput);
+  auto* output = static_cast<uint8_t*>(frame.lpOutput);
   if (instance->topDown == 0 && rgb) {
-    const uint8_t* top = frame.lpInput + (static_cast<int64_t>(instance->height) - 1) * line;
-    CompressField(instance, frame.lpOutput, capacity, top, nullptr, -2 * line, 0);
-    return CompressField(instance, frame.lpOutput, capacity, top - line, nullptr, -2 * line, 1);
+    const uint8_t* top = input + (static_cast<int64_t>(instance->height) - 1) * line;
+    CompressField(instance, output, capacity, top, nullptr, -2 * line, 0);
+    return CompressField(instance, output, capacity, top - line, nullptr, -2 * line, 1);
   }
-  instance->frameBase = frame.lpInput;
-  const uint8_t* chroma =
-      DriverSecondPlane(colorSpace, frame.lpInput, instance->width, instance->height);
-  CompressField(instance, frame.lpOutput, capacity, frame.lpInput, chroma, 2 * line, 0);
-  return CompressField(instance, frame.lpOutput, capacity, frame.lpInput + line,
+  instance->frameBase = input;
+  const uint8_t* chroma = DriverSecondPlane(colorSpace, input, instance->width, instance->height);
+  CompressField(instance, output, capacity, input, chroma, 2 * line, 0);
+  return CompressField(instance, output, capacity, input + line,
                        chroma != nullptr ? chroma + line : nullptr, 2 * line, 1);
 }
 
@@ -76,8 +77,8 @@ class FrameColorSpace {
   uint32_t saved_;
 };
 
-void MarkKeyFrame(const IcCompress& frame) {
-  if (frame.lpdwFlags != nullptr) *frame.lpdwFlags = kAviifKeyFrame;
+void MarkKeyFrame(const ICCOMPRESS& frame) {
+  if (frame.lpdwFlags != nullptr) *frame.lpdwFlags = AVIIF_KEYFRAME;
 }
 
 }  // namespace
@@ -126,7 +127,7 @@ int64_t CompressWorstCaseSize(const BITMAPINFOHEADER* compressed) {
   return Wrap32(Wrap32(AbsHeight(compressed->biHeight), AbsHeight(compressed->biWidth)), 6);
 }
 
-int64_t CompressMessage(CodecInstance* instance, const IcCompress& frame) {
+int64_t CompressMessage(CodecInstance* instance, const ICCOMPRESS& frame) {
   if (frame.lpbiInput == nullptr || frame.lpInput == nullptr || frame.lpbiOutput == nullptr ||
       frame.lpOutput == nullptr) {
     return kIcErrBadFormat;

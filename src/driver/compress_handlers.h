@@ -27,6 +27,6 @@ int64_t CompressWorstCaseSize(const BITMAPINFOHEADER* compressed);
 // than Begin's, or any failure while compressing (an output that would pass
 // the buffer the host was told to provide among them). Every frame is a key
 // frame. No exception leaves it and the instance stays usable.
-int64_t CompressMessage(CodecInstance* instance, const IcCompress& frame);
+int64_t CompressMessage(CodecInstance* instance, const ICCOMPRESS& frame);
 
 }  // namespace vantaro

@@ -56,24 +56,25 @@ bool OutputLargeEnough(const CodecInstance& instance, uint32_t colorSpace,
 // Both fields, the mirror of the compress side: bottom-up RGB from the last
 // line upward, everything else downward with the second plane directly
 // behind the first.
-void DecompressBothFields(CodecInstance* instance, const IcDecompress& frame, uint32_t colorSpace,
+void DecompressBothFields(CodecInstance* instance, const ICDECOMPRESS& frame, uint32_t colorSpace,
                           const DecodeExtent& extent) {
   const int32_t line = DriverLineBytes(colorSpace, instance->width);
   const bool rgb = colorSpace == kCsRGB24 || colorSpace == kCsRGB32;
+  const auto* input = static_cast<const uint8_t*>(frame.lpInput);
+  auto* output = static_cast<uint8_t*>(frame.lpOutput);
   if (instance->topDown == 0 && rgb) {
-    uint8_t* top = frame.lpOutput + (static_cast<int64_t>(instance->height) - 1) * line;
-    DecompressField(instance, top, nullptr, frame.lpInput, -2 * line, 0, extent);
-    DecompressField(instance, top - line, nullptr, frame.lpInput, -2 * line, 1, extent);
+    uint8_t* top = output + (static_cast<int64_t>(instance->height) - 1) * line;
+    DecompressField(instance, top, nullptr, input, -2 * line, 0, extent);
+    DecompressField(instance, top - line, nullptr, input, -2 * line, 1, extent);
     return;
   }
-  instance->frameBase = frame.lpOutput;
+  instance->frameBase = output;
   // The plane follows the picture's lines whatever the output's orientation,
   // so a top-down planar output keeps its second plane inside the buffer.
-  uint8_t* chroma =
-      DriverSecondPlane(colorSpace, frame.lpOutput, instance->width, instance->height);
-  DecompressField(instance, frame.lpOutput, chroma, frame.lpInput, 2 * line, 0, extent);
-  DecompressField(instance, frame.lpOutput + line, chroma != nullptr ? chroma + line : nullptr,
-                  frame.lpInput, 2 * line, 1, extent);
+  uint8_t* chroma = DriverSecondPlane(colorSpace, output, instance->width, instance->height);
+  DecompressField(instance, output, chroma, input, 2 * line, 0, extent);
+  DecompressField(instance, output + line, chroma != nullptr ? chroma + line : nullptr, input,
+                  2 * line, 1, extent);
 }
 
 }  // namespace
@@ -112,13 +113,14 @@ int64_t DecompressGetFormat(const BITMAPINFOHEADER* stream, BITMAPINFOHEADER* ou
   return kIcErrOk;
 }
 
-int64_t DecompressMessage(CodecInstance* instance, const IcDecompress& frame) {
+int64_t DecompressMessage(CodecInstance* instance, const ICDECOMPRESS& frame) {
   if (frame.lpbiInput == nullptr || frame.lpbiOutput == nullptr || frame.lpOutput == nullptr) {
     return kIcErrBadFormat;
   }
   try {
     const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(frame.lpbiOutput));
-    const uint8_t first = frame.lpInput != nullptr ? frame.lpInput[0] : 0;
+    const auto* input = static_cast<const uint8_t*>(frame.lpInput);
+    const uint8_t first = input != nullptr ? input[0] : 0;
     // Size and layout follow every frame's headers and stay written even
     // when the frame is refused.
     instance->width = frame.lpbiInput->biWidth;

@@ -11,19 +11,8 @@
 #include "driver/decompress_handlers.h"
 #include "platform/driver_host.h"
 #include "platform/vfw_records.h"
-#include "vantaro/driver.h"
 
 namespace vantaro {
-
-// The public records a host compiles against are the ones read here.
-static_assert(sizeof(ICOPEN) == sizeof(IcOpen) && offsetof(ICOPEN, dwError) == offsetof(IcOpen, dwError));
-static_assert(sizeof(ICINFO) == sizeof(IcInfo) &&
-              offsetof(ICINFO, szDescription) == offsetof(IcInfo, szDescription));
-static_assert(sizeof(ICCOMPRESS) == sizeof(IcCompress) &&
-              offsetof(ICCOMPRESS, lpdwFlags) == offsetof(IcCompress, lpdwFlags) &&
-              offsetof(ICCOMPRESS, lpPrev) == offsetof(IcCompress, lpPrev));
-static_assert(sizeof(ICDECOMPRESS) == sizeof(IcDecompress) &&
-              offsetof(ICDECOMPRESS, ckid) == offsetof(IcDecompress, ckid));
 
 namespace {
 
@@ -61,12 +50,12 @@ CodecInstance* NewInstance() {
   return instance;
 }
 
-int64_t OnOpen(IcOpen* open) {
+int64_t OnOpen(ICOPEN* open) {
   g_lastOpenedFourCC = 0;
   if (open != nullptr) {
     open->dwError = 0;
     // Only video compressors are served; the refusal gives the manager no reason.
-    if (open->fccType != kIcTypeVideo) {
+    if (open->fccType != ICTYPE_VIDEO) {
       CodecLog("DriverProc", "DRV_OPEN 0x%8.8x", 0u);
       return 0;
     }
@@ -117,23 +106,23 @@ const char16_t* DescriptionOf(uint32_t fourcc) {
 
 // Describes the last instance opened, not necessarily the one asked. With
 // none known it claims VTQ2 with the generic description.
-int64_t OnGetInfo(IcInfo* info) {
+int64_t OnGetInfo(ICINFO* info) {
   CodecLog("DriverProc", "ICM_GETINFO");
-  info->dwSize = sizeof(IcInfo);
-  info->fccType = kIcTypeVideo;
+  info->dwSize = sizeof(ICINFO);
+  info->fccType = ICTYPE_VIDEO;
   info->fccHandler = g_lastOpenedFourCC != 0 ? g_lastOpenedFourCC : MakeFourCC('V', 'T', 'Q', '2');
-  info->dwFlags = kVidcfQuality | kVidcfCompressFrames | kVidcfFastTemporalC | kVidcfFastTemporalD;
+  info->dwFlags = VIDCF_QUALITY | VIDCF_COMPRESSFRAMES | VIDCF_FASTTEMPORALC | VIDCF_FASTTEMPORALD;
   info->dwVersion = 0;
-  info->dwVersionICM = kIcVersion;
+  info->dwVersionICM = ICVERSION;
   CopyWide(info->szName, u"QR CoDec");
   CopyWide(info->szDescription, DescriptionOf(g_lastOpenedFourCC));
-  return sizeof(IcInfo);
+  return sizeof(ICINFO);
 }
 
 int64_t OnDefault(uint64_t driverId, void* driverHandle, uint32_t message, int64_t lParam1,
                   int64_t lParam2) {
   CodecLog("DriverProc", "default: uMsg = 0x%x", message);
-  if (message < kIcmUser) {
+  if (message < ICM_USER) {
     return CurrentDriverHost().DefDriverProc(driverId, driverHandle, message, lParam1, lParam2);
   }
   return kIcErrUnsupported;
@@ -142,17 +131,17 @@ int64_t OnDefault(uint64_t driverId, void* driverHandle, uint32_t message, int64
 int64_t DriverMessage(uint64_t driverId, void* driverHandle, uint32_t message, int64_t lParam1,
                       int64_t lParam2) {
   switch (message) {
-    case kDrvLoad: return OnLoad();
-    case kDrvEnable: CodecLog("DriverProc", "DRV_ENABLE"); return 1;
-    case kDrvOpen: return OnOpen(Param<IcOpen>(lParam2));
-    case kDrvClose: return OnClose(reinterpret_cast<CodecInstance*>(driverId));
-    case kDrvDisable: CodecLog("DriverProc", "DRV_DISABLE"); return 1;
-    case kDrvFree: CodecLog("DriverProc", "DRV_FREE"); return 1;
+    case DRV_LOAD: return OnLoad();
+    case DRV_ENABLE: CodecLog("DriverProc", "DRV_ENABLE"); return 1;
+    case DRV_OPEN: return OnOpen(Param<ICOPEN>(lParam2));
+    case DRV_CLOSE: return OnClose(reinterpret_cast<CodecInstance*>(driverId));
+    case DRV_DISABLE: CodecLog("DriverProc", "DRV_DISABLE"); return 1;
+    case DRV_FREE: CodecLog("DriverProc", "DRV_FREE"); return 1;
     // No configuration exists; asked the driver's way, the answer is no.
-    case kDrvConfigure: CodecLog("DriverProc", "DRV_CONFIGURE"); return 0;
-    case kDrvQueryConfigure: CodecLog("DriverProc", "DRV_QUERYCONFIGURE"); return 0;
-    case kDrvInstall: CodecLog("DriverProc", "DRV_INSTALL"); return 1;
-    case kDrvRemove: CodecLog("DriverProc", "DRV_REMOVE"); return 1;
+    case DRV_CONFIGURE: CodecLog("DriverProc", "DRV_CONFIGURE"); return 0;
+    case DRV_QUERYCONFIGURE: CodecLog("DriverProc", "DRV_QUERYCONFIGURE"); return 0;
+    case DRV_INSTALL: CodecLog("DriverProc", "DRV_INSTALL"); return 1;
+    case DRV_REMOVE: CodecLog("DriverProc", "DRV_REMOVE"); return 1;
     default: return OnDefault(driverId, driverHandle, message, lParam1, lParam2);
   }
 }
@@ -160,27 +149,27 @@ int64_t DriverMessage(uint64_t driverId, void* driverHandle, uint32_t message, i
 // The messages that need nothing of the instance, or nothing at all.
 bool ConstantMessage(uint32_t message, int64_t* result) {
   switch (message) {
-    case kIcmDecompressEnd: CodecLog("DriverProc", "ICM_DECOMPRESS_END"); *result = 0; return true;
-    case kIcmDecompressSetPalette: case kIcmDecompressGetPalette: case kIcmDecompressExBegin:
-    case kIcmDecompressExQuery: case kIcmDecompressEx: case kIcmDecompressExEnd:
+    case ICM_DECOMPRESS_END: CodecLog("DriverProc", "ICM_DECOMPRESS_END"); *result = 0; return true;
+    case ICM_DECOMPRESS_SET_PALETTE: case ICM_DECOMPRESS_GET_PALETTE: case ICM_DECOMPRESSEX_BEGIN:
+    case ICM_DECOMPRESSEX_QUERY: case ICM_DECOMPRESSEX: case ICM_DECOMPRESSEX_END:
       CodecLog("DriverProc", "uMsg = 0x%x", message);
       *result = kIcErrUnsupported;
       return true;
-    case kIcmGetBuffersWanted: case kIcmGetDefaultKeyFrameRate: case kIcmGetDefaultQuality:
+    case ICM_GETBUFFERSWANTED: case ICM_GETDEFAULTKEYFRAMERATE: case ICM_GETDEFAULTQUALITY:
       CodecLog("DriverProc", "ICM_GETDEFAULTQUALITY/ICM_GETBUFFERSWANTED/ICM_GETDEFAULTKEYFRAMERATE");
       *result = kIcErrUnsupported;
       return true;
     // Frame count, rate and quality of the sequence are of no use to an
     // intra-only coder.
-    case kIcmCompressFramesInfo: CodecLog("DriverProc", "ICM_COMPRESS_FRAMES_INFO"); *result = 0; return true;
-    case kIcmGetState: CodecLog("DriverProc", "ICM_GETSTATE"); *result = 0; return true;
-    case kIcmSetState: CodecLog("DriverProc", "ICM_SETSTATE"); *result = 0; return true;
+    case ICM_COMPRESS_FRAMES_INFO: CodecLog("DriverProc", "ICM_COMPRESS_FRAMES_INFO"); *result = 0; return true;
+    case ICM_GETSTATE: CodecLog("DriverProc", "ICM_GETSTATE"); *result = 0; return true;
+    case ICM_SETSTATE: CodecLog("DriverProc", "ICM_SETSTATE"); *result = 0; return true;
     // There is no dialog, yet the probe for one is answered "yes" (0), while
     // DRV_QUERYCONFIGURE says no. Hosts have always seen both answers.
-    case kIcmConfigure: CodecLog("DriverProc", "ICM_CONFIGURE"); *result = 0; return true;
-    case kIcmAbout: CodecLog("DriverProc", "ICM_ABOUT"); *result = 0; return true;
-    case kIcmSet: CodecLog("DriverProc", "ICM_SET"); *result = 0; return true;
-    case kIcmGet: CodecLog("DriverProc", "ICM_GET"); *result = 0; return true;
+    case ICM_CONFIGURE: CodecLog("DriverProc", "ICM_CONFIGURE"); *result = 0; return true;
+    case ICM_ABOUT: CodecLog("DriverProc", "ICM_ABOUT"); *result = 0; return true;
+    case ICM_SET: CodecLog("DriverProc", "ICM_SET"); *result = 0; return true;
+    case ICM_GET: CodecLog("DriverProc", "ICM_GET"); *result = 0; return true;
     default: return false;
   }
 }
@@ -192,56 +181,56 @@ int64_t InstanceMessage(CodecInstance* instance, uint32_t message, int64_t lPara
   auto* header1 = Param<BITMAPINFOHEADER>(lParam1);
   auto* header2 = Param<BITMAPINFOHEADER>(lParam2);
   switch (message) {
-    case kIcmCompressGetFormat:
+    case ICM_COMPRESS_GET_FORMAT:
       if (header2 == nullptr) return sizeof(BITMAPINFOHEADER);
       if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
       return CompressGetFormat(instance, header1, header2);
-    case kIcmCompressGetSize:
+    case ICM_COMPRESS_GET_SIZE:
       CodecLog("DriverProc", "ICM_COMPRESS_GET_SIZE");
       return header2 != nullptr ? CompressWorstCaseSize(header2) : kIcErrBadFormat;
-    case kIcmCompressQuery:
+    case ICM_COMPRESS_QUERY:
       if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
       return CompressQuery(instance, header1);
-    case kIcmCompressBegin:
+    case ICM_COMPRESS_BEGIN:
       CodecLog("DriverProc", "ICM_COMPRESS_BEGIN 0x%8.8x", LogAddress(instance));
       if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
       return BeginCompress(instance, header1);
-    case kIcmCompress: {
-      const IcCompress* frame = Param<IcCompress>(lParam1);
+    case ICM_COMPRESS: {
+      const ICCOMPRESS* frame = Param<ICCOMPRESS>(lParam1);
       if (instance == nullptr || frame == nullptr) return kIcErrBadFormat;
       return CompressMessage(instance, *frame);
     }
-    case kIcmCompressEnd:
+    case ICM_COMPRESS_END:
       CodecLog("DriverProc", "ICM_COMPRESS_END 0x%8.8x", LogAddress(instance));
       return 0;
-    case kIcmDecompressGetFormat:
+    case ICM_DECOMPRESS_GET_FORMAT:
       CodecLog("DriverProc", "ICM_DECOMPRESS_GET_FORMAT");
       if (header2 != nullptr && header1 == nullptr) return kIcErrBadFormat;
       return DecompressGetFormat(header1, header2);
-    case kIcmDecompressQuery:
+    case ICM_DECOMPRESS_QUERY:
       CodecLog("DriverProc", "ICM_DECOMPRESS_QUERY");
       if (instance == nullptr || header1 == nullptr) return kIcErrBadFormat;
       return DecompressQuery(instance, header1, header2);
-    case kIcmDecompressBegin:
+    case ICM_DECOMPRESS_BEGIN:
       CodecLog("DriverProc", "ICM_DECOMPRESS_BEGIN");
       if (instance == nullptr || header1 == nullptr || header2 == nullptr) return kIcErrBadFormat;
       return BeginDecompress(instance, header1, header2);
-    case kIcmDecompress: {
-      const IcDecompress* frame = Param<IcDecompress>(lParam1);
+    case ICM_DECOMPRESS: {
+      const ICDECOMPRESS* frame = Param<ICDECOMPRESS>(lParam1);
       if (instance == nullptr || frame == nullptr) return kIcErrBadFormat;
       return DecompressMessage(instance, *frame);
     }
-    case kIcmGetInfo: {
-      auto* info = Param<IcInfo>(lParam1);
+    case ICM_GETINFO: {
+      auto* info = Param<ICINFO>(lParam1);
       return info != nullptr ? OnGetInfo(info) : 0;
     }
-    case kIcmGetQuality: {
+    case ICM_GETQUALITY: {
       auto* value = Param<int32_t>(lParam1);
       if (instance == nullptr || value == nullptr) return kIcErrBadFormat;
       *value = QualityToIcm(instance);
       return 0;
     }
-    case kIcmSetQuality: {
+    case ICM_SETQUALITY: {
       // The only quality a compressing host can set: ICCOMPRESS's own
       // quality field is never read.
       const auto* value = Param<const int32_t>(lParam1);
@@ -255,10 +244,10 @@ int64_t InstanceMessage(CodecInstance* instance, uint32_t message, int64_t lPara
 
 bool IsInstanceMessage(uint32_t message) {
   switch (message) {
-    case kIcmCompressGetFormat: case kIcmCompressGetSize: case kIcmCompressQuery:
-    case kIcmCompressBegin: case kIcmCompress: case kIcmCompressEnd:
-    case kIcmDecompressGetFormat: case kIcmDecompressQuery: case kIcmDecompressBegin:
-    case kIcmDecompress: case kIcmGetInfo: case kIcmGetQuality: case kIcmSetQuality:
+    case ICM_COMPRESS_GET_FORMAT: case ICM_COMPRESS_GET_SIZE: case ICM_COMPRESS_QUERY:
+    case ICM_COMPRESS_BEGIN: case ICM_COMPRESS: case ICM_COMPRESS_END:
+    case ICM_DECOMPRESS_GET_FORMAT: case ICM_DECOMPRESS_QUERY: case ICM_DECOMPRESS_BEGIN:
+    case ICM_DECOMPRESS: case ICM_GETINFO: case ICM_GETQUALITY: case ICM_SETQUALITY:
       return true;
     default: return false;
   }
@@ -270,7 +259,7 @@ bool IsInstanceMessage(uint32_t message) {
 extern "C" VTC_API int64_t DriverProc(uint64_t driverId, void* driverHandle, uint32_t message,
                                       int64_t lParam1, int64_t lParam2) {
   using namespace vantaro;
-  if (message < kIcmUser) return DriverMessage(driverId, driverHandle, message, lParam1, lParam2);
+  if (message < ICM_USER) return DriverMessage(driverId, driverHandle, message, lParam1, lParam2);
   auto* instance = reinterpret_cast<CodecInstance*>(driverId);
   if (IsInstanceMessage(message)) return InstanceMessage(instance, message, lParam1, lParam2);
   int64_t result = 0;
