@@ -187,8 +187,11 @@ TEST(DriverFrames, CompressRefusalsAndTheOutputBound) {
     EXPECT_EQ(c.flags, 0xDEADu);
     EXPECT_EQ(c.format.biSizeImage, tellsOf.biSizeImage);
   }
-  // An unusable layout is refused yet still flagged a key frame.
-  EXPECT_EQ(Compress(d, Header(kW, kH, 0, 16, 1u << 20), pic, format, 6).flags, AVIIF_KEYFRAME);
+  // An unusable layout is refused yet still flagged a key frame; no size is told.
+  const Compressed unusable = Compress(d, Header(kW, kH, 0, 16, 1u << 20), pic, format, 6);
+  EXPECT_EQ(unusable.result, ICERR_BADFORMAT);
+  EXPECT_EQ(unusable.flags, AVIIF_KEYFRAME);
+  EXPECT_EQ(unusable.format.biSizeImage, format.biSizeImage);
   // A larger biSizeImage is room; after the failures the instance carries on.
   ExpectFrame(Compress(d, source, pic, Header(1, 1, 0, 0, uint32_t(direct.size())), direct.size()), direct);
   // A layout changed since Begin is taken from the frame, Begin's kept.
