@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   inst.width = width;
   inst.height = height;
 
-  const int32_t stride = width * vantaro::MainPlaneBytesPerPixel(cs);
+  const int32_t stride = width * vantaro::LayoutOf(cs).pixelBytes;
   const size_t mainBytes = static_cast<size_t>(stride) * height * (cs == vantaro::kCsUYVA ? 2 : 1);
   std::vector<uint8_t> picture(mainBytes + (cs == vantaro::kCsUYVA ? width : 0));
   std::vector<uint8_t> chroma(vantaro::IsPlanar(cs) ? ChromaBytes(cs, stride, height) : 0);

@@ -7,18 +7,6 @@
 
 namespace vantaro {
 
-const char* const ColorSpaceNames[kColorSpaceCount] = {
-    "Invalid", "csNV12", "csNV16", "csNV24", "csYA20", "csYA22",  "csYA44",
-    "csYV12",  "csYUY2", "csUYVY", "csUYVA", "csAYUV", "csRGB24", "csRGB32",
-};
-
-// Bytes per pixel of a line as the driver counts it. The planar entries say 2
-// although a luma plane has one byte a pixel: the driver's line length for
-// them comes from here, and its decompress path relies on it.
-const int32_t ColorSpaceStep[kColorSpaceCount] = {1, 2, 2, 2, 2, 2, 2, 1, 2, 2, 2, 4, 3, 4};
-const int32_t ColorSpaceBits[kColorSpaceCount] = {8, 12, 16, 24, 12, 16, 24, 8, 16, 16, 24, 32, 24, 32};
-const uint8_t ColorSpaceHasAlpha[kColorSpaceCount] = {0, 0, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 0, 1};
-
 namespace {
 
 struct StreamVariant {
@@ -130,9 +118,9 @@ int64_t BeginCompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHead
   instance->height = Abs32(inputHeader->biHeight);
   instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(inputHeader));
   CodecLog("CompressBegin", "Resolution = %dx%d (%s)", instance->width, instance->height,
-           ColorSpaceNames[instance->colorSpace]);
+           LayoutOf(instance->colorSpace).name);
   const uint8_t a = instance->hasAlpha;
-  const uint8_t c = ColorSpaceHasAlpha[instance->colorSpace];
+  const uint8_t c = LayoutOf(instance->colorSpace).hasAlpha;
   if (instance->colorSpace == kCsInvalid) return kIcErrBadFormat;
   if (a == 0 && c == 1) return kIcErrBadFormat;
   // An RGB24 source may feed an alpha stream; its alpha is simply absent.
@@ -149,7 +137,7 @@ int64_t BeginDecompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHe
   instance->width = inputHeader->biWidth;
   instance->height = Abs32(inputHeader->biHeight);
   instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(outputHeader));
-  CodecLog("DecompressBegin", "ColorSpace = %s", ColorSpaceNames[instance->colorSpace]);
+  CodecLog("DecompressBegin", "ColorSpace = %s", LayoutOf(instance->colorSpace).name);
   return kIcErrOk;
 }
 

@@ -51,22 +51,6 @@ void EncodeSlice(const CodecInstance& instance, BitWriter& writer, const uint8_t
 
 }  // namespace
 
-int32_t SecondFieldChromaOffset(uint32_t colorSpace, int32_t stride) {
-  if (colorSpace == kCsNV24 || colorSpace == kCsYA20 || colorSpace == kCsYA22) return stride / 2;
-  return stride;
-}
-
-int32_t MainPlaneBytesPerPixel(uint32_t colorSpace) {
-  switch (colorSpace) {
-    case kCsNV12: case kCsNV16: case kCsNV24: return 1;
-    case kCsYA20: case kCsYA22: case kCsYA44: return 2;
-    case kCsYUY2: case kCsUYVY: case kCsUYVA: return 2;
-    case kCsAYUV: case kCsRGB32: return 4;
-    case kCsRGB24: return 3;
-    default: return 0;
-  }
-}
-
 int64_t CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
                       const uint8_t* picture, const uint8_t* chroma, int32_t stride,
                       uint32_t field) {
@@ -100,7 +84,7 @@ int64_t CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
                       const uint8_t* picture, const uint8_t* chroma, int32_t stride) {
   instance->frameBase = picture;
   CompressField(instance, stream, capacity, picture, chroma, 2 * stride, 0);
-  const int32_t offset = SecondFieldChromaOffset(instance->colorSpace, stride);
+  const int32_t offset = SecondFieldOffset(LayoutOf(instance->colorSpace), stride);
   return CompressField(instance, stream, capacity, picture + stride,
                        chroma != nullptr ? chroma + offset : nullptr, 2 * stride, 1);
 }
@@ -147,7 +131,7 @@ void CaptureFault(CodecInstance* instance, uint8_t* picture, const uint8_t* stre
 // Bytes from the field's first line to the end of its last line, for a
 // top-down field of `lines` lines.
 size_t FieldReadable(const CodecInstance& instance, int32_t fieldStride, int32_t lines) {
-  const int32_t bpp = MainPlaneBytesPerPixel(instance.colorSpace);
+  const int32_t bpp = LayoutOf(instance.colorSpace).pixelBytes;
   if (fieldStride <= 0 || lines <= 0 || bpp == 0 || instance.width <= 0) return 0;
   return static_cast<size_t>(lines - 1) * static_cast<size_t>(fieldStride) +
          static_cast<size_t>(instance.width) * static_cast<size_t>(bpp);
@@ -201,7 +185,7 @@ int64_t DecompressFrame(CodecInstance* instance, uint8_t* picture, uint8_t* chro
   instance->frameBase = picture;
   DecodeExtent extent{streamSize, FieldReadable(*instance, stride, instance->height)};
   DecompressField(instance, picture, chroma, stream, 2 * stride, 0, extent);
-  const int32_t offset = SecondFieldChromaOffset(instance->colorSpace, stride);
+  const int32_t offset = SecondFieldOffset(LayoutOf(instance->colorSpace), stride);
   extent.pictureReadable = FieldReadable(*instance, stride, instance->height - 1);
   DecompressField(instance, picture + stride, chroma != nullptr ? chroma + offset : nullptr, stream,
                   2 * stride, 1, extent);

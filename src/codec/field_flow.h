@@ -44,13 +44,4 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
 int64_t DecompressFrame(CodecInstance* instance, uint8_t* picture, uint8_t* chroma,
                         const uint8_t* stream, int32_t stride, size_t streamSize = 0);
 
-// The second field's chroma starts this far after the first's. Half a line for
-// NV24, YA20 and YA22: right for the YA pair, whose luma lines are twice as
-// long as their chroma lines, and half a chroma line in for NV24, which both
-// directions have always done and the streams depend on.
-int32_t SecondFieldChromaOffset(uint32_t colorSpace, int32_t stride);
-
-// Bytes per pixel of the main plane of a layout (0 for Invalid and csYV12).
-int32_t MainPlaneBytesPerPixel(uint32_t colorSpace);
-
 }  // namespace vantaro

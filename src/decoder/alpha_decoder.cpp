@@ -4,7 +4,7 @@
 
 #include "codec/global_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 constexpr uint32_t kHalfBytes = 128;
@@ -60,4 +60,4 @@ bool ReadAlphaPlane(MacroblockScratch& scratch, const StreamView& stream, uint64
   return true;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

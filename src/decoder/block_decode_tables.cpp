@@ -4,7 +4,7 @@
 
 #include "codec/code_rows.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 // A canonical code in stream order: first transmitted bit in bit 0.
@@ -126,4 +126,4 @@ const BlockDecodeTables& BlockDecodeTablesInstance() {
   return *tables;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -10,7 +10,7 @@
 #include "codec/macroblock_scratch.h"
 #include "decoder/block_decode_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // The readable stream as the decoders see it: `base` is the slice's first
 // byte, `size` the bytes from it that may be read. Bits at or past `size`
@@ -174,4 +174,4 @@ inline void ReconstructDc(int16_t (*blocks)[64], uint16_t (&predictors)[4], cons
   }
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -5,7 +5,7 @@
 #include "codec/vector_kernels.h"
 #include "decoder/block_decode_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // The cosine basis scaled by 2^14 and a per-row-pair factor.
 const RowTableSet kRowTable04 = {{
@@ -122,4 +122,4 @@ const BlockKernels& SelectBlockKernels() {
   return VectorKernelsEnabled() && vector != nullptr ? *vector : kBlockKernelsScalar;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // Row tables: for each pair of rows, four input-pair lines (x0,x2), (x4,x6),
 // (x1,x3), (x5,x7), each four lanes of (u, w) coefficients.
@@ -44,4 +44,4 @@ const BlockKernels* BlockKernelsSse2();
 // The table a walk uses: vector kernels where enabled, else scalar.
 const BlockKernels& SelectBlockKernels();
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

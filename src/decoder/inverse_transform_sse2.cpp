@@ -8,7 +8,7 @@
 
 #include "decoder/block_decode_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 __m128i Load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
@@ -97,12 +97,12 @@ const BlockKernels kBlockKernelsSse2 = {ClearBlocksSse2, InverseTransformBlockSs
 
 const BlockKernels* BlockKernelsSse2() { return &kBlockKernelsSse2; }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder
 
 #else
 
-namespace vantaro {
+namespace vantaro::decoder {
 const BlockKernels* BlockKernelsSse2() { return nullptr; }
-}  // namespace vantaro
+}  // namespace vantaro::decoder
 
 #endif

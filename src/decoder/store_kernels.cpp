@@ -2,7 +2,7 @@
 
 #include "codec/vector_kernels.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 void PackLineScalar(const int16_t* left, const int16_t* right, uint8_t* out) {
@@ -52,4 +52,4 @@ const StoreKernels& SelectStoreKernels() {
   return VectorKernelsEnabled() && vector != nullptr ? *vector : kStoreKernelsScalar;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 struct StoreKernels {
   // out[c] = pack(left[c]) for c < 8, pack(right[c - 8]) after: 16 bytes.
@@ -31,4 +31,4 @@ inline uint8_t Pack(int16_t x) {
   return static_cast<uint8_t>(x < 0 ? 0 : x > 255 ? 255 : x);
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -16,7 +16,7 @@ bool IsUpperStreamFourCC(uint32_t fourcc) { return StreamFourCCLabel(fourcc) != 
 int64_t QueryOutput(CodecInstance* instance, const BITMAPINFOHEADER* stream,
                     const BITMAPINFOHEADER* output, const char* streamName) {
   const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(output));
-  CodecLog("DeompressQuery", "Input %s -> %s", streamName, ColorSpaceNames[colorSpace]);
+  CodecLog("DeompressQuery", "Input %s -> %s", streamName, LayoutOf(colorSpace).name);
   const int32_t height = AbsHeight(output->biHeight);
   if (stream->biWidth != output->biWidth || AbsHeight(stream->biHeight) != height) {
     CodecLog("DeompressQuery", "Bad Height / Width");
@@ -30,7 +30,7 @@ int64_t QueryOutput(CodecInstance* instance, const BITMAPINFOHEADER* stream,
   // The product is the 32-bit one and is compared unsigned, so a negative
   // width needs more than any buffer holds.
   const uint32_t need = static_cast<uint32_t>(
-      Wrap32(Wrap32(ColorSpaceBits[colorSpace] / 8, height), output->biWidth));
+      Wrap32(Wrap32(LayoutOf(colorSpace).bitCount / 8, height), output->biWidth));
   if (output->biSizeImage < need) {
     CodecLog("DecompressQuery", "Buffer size too small.");
     return kIcErrBadSize;

@@ -21,7 +21,8 @@ constexpr int32_t Wrap32(int64_t a, int64_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(a) * static_cast<uint64_t>(b)));
 }
 
-// Bytes of one line of the uncompressed side: ColorSpaceStep times width.
+// Bytes of one line of the uncompressed side: the layout's driverStep times
+// width.
 int32_t DriverLineBytes(uint32_t colorSpace, int32_t width);
 
 // The bytes a whole uncompressed frame spans in the driver's layout, which is

@@ -40,11 +40,12 @@ void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t*
     }
   };
   // Row r of the field's macroblock rows starts 16 * r field lines down.
+  // Its second-plane lines move with it, SecondRowMove per slice row.
   const auto rowStart = [&](int32_t r, const uint8_t*& first, const uint8_t*& second) {
     first = picture + static_cast<ptrdiff_t>(stride) * 16 * r;
     if constexpr (Layout::kHasSecond) {
       second = Layout::SecondStart(instance, picture, chroma, stride, slice) +
-               static_cast<ptrdiff_t>(Layout::SecondLineStride(stride)) * 16 * (r - static_cast<int32_t>(slice));
+               Layout::SecondRowMove(stride) * ((r - static_cast<int32_t>(slice)) / kSlicesPerField);
     }
   };
 

@@ -14,9 +14,6 @@
 
 namespace vantaro::encoder {
 
-enum class Family : uint8_t { k420, k422, k444 };
-enum class AlphaCoding : uint8_t { kNone, kRunValue, kDct };
-
 // Worst case of one macroblock, 16 blocks of escapes and two alpha halves of
 // 20-bit pairs (about 3.7 KiB), rounded up.
 constexpr size_t kWorstCaseMacroblockBytes = 4096;

@@ -75,26 +75,17 @@ uint32_t QueryRegistryDword(RegistryKey key, const char16_t* name, uint32_t fall
 // Bytes a planar decode reaches from the output pointer: the main plane,
 // then the second plane whose lines, field by field, sit `pitch` apart.
 uint32_t PlanarFrameBytes(uint32_t colorSpace, int32_t width, int32_t height, int32_t stride) {
-  struct Layout {
-    int32_t linesPerRow;   // second-plane lines per 16 field lines
-    int32_t pitchStrides;  // second-plane line distance within a field, in strides
-    int32_t lineWidths;    // second-plane line length, in picture widths
-  };
-  Layout layout{};
-  switch (colorSpace) {
-    case kCsNV12: layout = {8, 2, 1}; break;
-    case kCsNV16: layout = {16, 2, 1}; break;
-    case kCsNV24: layout = {16, 4, 2}; break;
-    case kCsYA20: layout = {8, 1, 1}; break;
-    case kCsYA22: layout = {16, 1, 1}; break;
-    case kCsYA44: layout = {16, 2, 2}; break;
-    default: return 0;
-  }
+  const LayoutFacts& facts = LayoutOf(colorSpace);
+  if (facts.second != SecondPlane::kChroma) return 0;
+  // Per 16 field lines: 8 or 16 second-plane lines, the stores' line
+  // distance for a field stride of two lines apart (the stride is a multiple
+  // of four, so the shift is exact), each SecondStep bytes per 16 pixels.
+  const int64_t linesPerRow = HalfHeightChroma(facts) ? 8 : 16;
+  const int64_t pitch = int64_t{(2 * facts.lineMul) >> facts.lineShift} * stride;
   const int64_t rows = ((height + 1) / 2 + 15) / 16;  // whole macroblock rows of a field
-  const int64_t lines = rows * layout.linesPerRow;
-  const int64_t bytes = int64_t{height} * stride + SecondFieldChromaOffset(colorSpace, stride) +
-                        (lines - 1) * layout.pitchStrides * stride +
-                        int64_t{layout.lineWidths} * width;
+  const int64_t lines = rows * linesPerRow;
+  const int64_t bytes = int64_t{height} * stride + SecondFieldOffset(facts, stride) +
+                        (lines - 1) * pitch + int64_t{SecondStep(facts) / 16} * width;
   return bytes > 0 && bytes <= UINT32_MAX ? static_cast<uint32_t>(bytes) : UINT32_MAX;
 }
 

@@ -101,13 +101,5 @@ TEST(Container, DecoderFollowsTheQualityByteOnlyInOneToNinetyNine) {
   ReleaseInstance(&instance);
 }
 
-TEST(Container, SecondFieldChromaStartsHalfALineInForNv24AndTheYaPair) {
-  EXPECT_EQ(SecondFieldChromaOffset(kCsNV24, 1440), 720);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsYA20, -1441), -720);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsYA22, 1440), 720);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsNV12, 1440), 1440);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsYA44, 1440), 1440);
-}
-
 }  // namespace
 }  // namespace vantaro

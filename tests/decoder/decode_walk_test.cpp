@@ -13,7 +13,7 @@
 #include "support/pictures.h"
 #include "vantaro/vantaro.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 using test::StreamWriter;
@@ -54,7 +54,7 @@ struct Picture {
   int32_t width, height, stride;
   std::vector<uint8_t> main, chroma;
   Picture(uint32_t cs, int32_t w, int32_t h, uint8_t fill) : colorSpace(cs), width(w), height(h) {
-    stride = w * MainPlaneBytesPerPixel(cs) + 16;
+    stride = w * LayoutOf(cs).pixelBytes + 16;
     main.assign(static_cast<size_t>(stride) * h * (cs == kCsUYVA ? 2 : 1), fill);
     if (IsPlanar(cs)) chroma.assign(static_cast<size_t>(stride) * 2 * (h + 2), fill);
   }
@@ -159,7 +159,7 @@ TEST_F(DecodeWalks, EveryVariantAndLayoutRoundTrips) {
       if (PairRoundTrips(fourcc, cs)) {
         EXPECT_GT(LumaPsnr(source, vec, kCovered), cs >= kCsRGB24 ? 30.0 : 40.0);
       }
-      const int32_t bpp = MainPlaneBytesPerPixel(cs);
+      const int32_t bpp = LayoutOf(cs).pixelBytes;
       for (int32_t y = 0; y < kHeight; ++y) {
         for (int32_t b = kCovered * bpp; b < vec.stride; ++b) {
           ASSERT_EQ(vec.main[static_cast<size_t>(y) * vec.stride + b], kUntouched) << y << "," << b;
@@ -268,4 +268,4 @@ TEST_F(DecodeWalks, RawPairThroughTheWalk) {
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -11,7 +11,7 @@
 #include "codec/quantiser.h"
 #include "decoder/block_decode_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 struct Instance {
@@ -190,4 +190,4 @@ TEST(BlockKernels, VectorMatchesScalarAndStaysInsideTheBlock) {
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -1,6 +1,7 @@
 #include "support/pictures.h"
 
 #include "codec/field_flow.h"
+#include "codec/layout_facts.h"
 #include "codec/quantiser.h"
 
 namespace vantaro::test {
@@ -33,10 +34,9 @@ std::vector<uint8_t> PatternBytes(size_t count, uint32_t seed, int32_t lineBytes
 
 Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed,
                 int32_t padding) {
-  static const int32_t kBytesPerPixel[kColorSpaceCount] = {1, 1, 1, 1, 2, 2, 2, 1,
-                                                           2, 2, 2, 4, 3, 4};
   Frame frame;
-  frame.stride = width * kBytesPerPixel[colorSpace] + padding;
+  const int32_t pixelBytes = LayoutOf(colorSpace).pixelBytes;
+  frame.stride = width * (pixelBytes > 0 ? pixelBytes : 1) + padding;
   const size_t lines = static_cast<size_t>(height) + 40;
   size_t mainBytes = static_cast<size_t>(frame.stride) * lines;
   if (colorSpace == kCsUYVA) mainBytes *= 2;  // the alpha plane behind the lines
