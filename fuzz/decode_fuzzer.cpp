@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   size -= 3;
 
   vantaro::CodecInstance inst{};
-  vantaro::InitInstance(&inst);
+  if (vantaro::InitInstance(&inst) != vantaro::Status::kOk) return 0;
   vantaro::SetStreamFormat(&inst, fourcc);
   inst.colorSpace = cs;
   inst.width = width;

@@ -1,7 +1,6 @@
 #include "codec/codec_instance.h"
 
-#include <new>
-
+#include "codec/allocation.h"
 #include "codec/quantiser.h"
 #include "diagnostics/codec_log.h"
 
@@ -50,13 +49,15 @@ const char* StreamFourCCLabel(uint32_t upperFourcc) {
   return nullptr;
 }
 
-void InitInstance(CodecInstance* instance) {
+Status InitInstance(CodecInstance* instance) {
   instance->frameBase = nullptr;
   instance->quality = 0;
-  instance->reciprocalTable =
-      static_cast<float*>(::operator new(64 * sizeof(float), std::align_val_t{16}));
-  instance->multiplierTable =
-      static_cast<uint16_t*>(::operator new(64 * sizeof(uint16_t), std::align_val_t{16}));
+  instance->reciprocalTable = static_cast<float*>(AllocateAligned(64 * sizeof(float)));
+  instance->multiplierTable = static_cast<uint16_t*>(AllocateAligned(64 * sizeof(uint16_t)));
+  if (instance->reciprocalTable == nullptr || instance->multiplierTable == nullptr) {
+    ReleaseInstance(instance);
+    return Status::kOutOfMemory;
+  }
   SetQuality(instance, 96);
   instance->topDown = 0;
   // Defined values for an instance whose FourCC turns out unknown.
@@ -67,17 +68,30 @@ void InitInstance(CodecInstance* instance) {
   instance->hasAlpha = 0;
   instance->dctAlpha = 0;
   instance->colorSpace = kCsInvalid;
+  return Status::kOk;
 }
 
 void ReleaseInstance(CodecInstance* instance) {
-  if (instance->multiplierTable != nullptr) {
-    ::operator delete(instance->multiplierTable, std::align_val_t{16});
-    instance->multiplierTable = nullptr;
+  FreeAligned(instance->multiplierTable);
+  instance->multiplierTable = nullptr;
+  FreeAligned(instance->reciprocalTable);
+  instance->reciprocalTable = nullptr;
+}
+
+CodecInstance* CreateInstance() {
+  auto* instance = static_cast<CodecInstance*>(AllocateAligned(sizeof(CodecInstance)));
+  if (instance == nullptr) return nullptr;
+  if (InitInstance(instance) != Status::kOk) {
+    FreeAligned(instance);
+    return nullptr;
   }
-  if (instance->reciprocalTable != nullptr) {
-    ::operator delete(instance->reciprocalTable, std::align_val_t{16});
-    instance->reciprocalTable = nullptr;
-  }
+  return instance;
+}
+
+void DestroyInstance(CodecInstance* instance) {
+  if (instance == nullptr) return;
+  ReleaseInstance(instance);
+  FreeAligned(instance);
 }
 
 void SetStreamFormat(CodecInstance* instance, uint32_t fourcc) {

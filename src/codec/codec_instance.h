@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "codec/layout_facts.h"
+#include "codec/status.h"
 #include "platform/platform_types.h"
 
 namespace vantaro {
@@ -26,9 +27,15 @@ struct CodecInstance {
 
 // Constructs in place: null frameBase, tables allocated, quality 96, format
 // fields zeroed (an unknown FourCC then leaves a defined, empty instance).
-void InitInstance(CodecInstance* instance);
+// kOutOfMemory leaves no table allocated.
+Status InitInstance(CodecInstance* instance);
 // Frees both tables; each step skipped if already null.
 void ReleaseInstance(CodecInstance* instance);
+
+// A heap instance, initialised; null when any of its allocations fails, with
+// nothing left allocated. DestroyInstance takes null.
+CodecInstance* CreateInstance();
+void DestroyInstance(CodecInstance* instance);
 
 // Accepts the eight stream FourCCs in either case; anything else is ignored.
 void SetStreamFormat(CodecInstance* instance, uint32_t fourcc);

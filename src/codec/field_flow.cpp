@@ -29,64 +29,69 @@ bool SliceHasMacroblocks(const CodecInstance& instance, uint32_t slice) {
 }
 
 // The slice steps: length placeholder, the walk, the length, byte alignment.
-void EncodeSlice(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
-                 const uint8_t* chroma, int32_t stride, uint32_t slice) {
+Status EncodeSlice(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
+                   const uint8_t* chroma, int32_t stride, uint32_t slice) {
   const ChromaArm arm = ArmFor(instance.chromaFamily, instance.dctAlpha);
-  if (arm == ChromaArm::kNone) return;
-  if (!RoomFor(writer, 3)) throw EncodeError("stream buffer too small");
+  if (arm == ChromaArm::kNone) return Status::kOk;
+  if (!RoomFor(writer, 3)) return Status::kDoesNotFit;
   const uint32_t start = writer.bitPos;
   PutCode(writer, 0, 24);
   const EncodeSliceWalkFn walk =
       FindEncodeSliceWalk(arm, instance.colorSpace, instance.hasAlpha != 0);
   if (walk != nullptr) {
     if (IsPlanar(instance.colorSpace) && chroma == nullptr && SliceHasMacroblocks(instance, slice)) {
-      throw EncodeError("planar layout without a second plane");
+      return Status::kNoSecondPlane;
     }
-    walk(instance, writer, picture, chroma, stride, slice);
+    VANTARO_RETURN_IF_ERROR(walk(instance, writer, picture, chroma, stride, slice));
   }
   const uint32_t startByte = (start + 7) >> 3;
   PatchLength(writer.buffer + startByte, ((writer.bitPos + 7) >> 3) - startByte);
   SkipToByte(writer);
+  return Status::kOk;
 }
 
 }  // namespace
 
-int64_t CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
-                      const uint8_t* picture, const uint8_t* chroma, int32_t stride,
-                      uint32_t field) {
+Status CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                     const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t field,
+                     int64_t* size) {
   BitWriter writer{stream, 0, 0, capacity};
   uint32_t offset = 0;
   if (field == 0) {
-    if (!RoomFor(writer, 4)) throw EncodeError("stream buffer too small");
+    if (!RoomFor(writer, 4)) return Status::kDoesNotFit;
     // A whole 32-bit store of the quality word; the 24-bit placeholder then
     // overwrites its high bytes.
     PutCode(writer, instance->quality, 8);
     PutCode(writer, 0, 24);
   } else {
-    if (capacity < 4) throw EncodeError("stream buffer too small");
+    if (capacity < 4) return Status::kDoesNotFit;
     offset = Load24(stream + 1);
-    if (offset > capacity) throw EncodeError("second-field offset outside the stream buffer");
+    if (offset > capacity) return Status::kDoesNotFit;  // the offset lies outside the buffer
     writer.buffer = stream + offset;
     writer.capacity = capacity == kUnknownSize ? kUnknownSize : capacity - offset;
   }
   for (uint32_t slice = 0; slice < kSlicesPerField; ++slice) {
-    EncodeSlice(*instance, writer, picture, chroma, stride, slice);
+    VANTARO_RETURN_IF_ERROR(EncodeSlice(*instance, writer, picture, chroma, stride, slice));
   }
   const uint32_t bytes = (writer.bitPos + 7) >> 3;
   if (field == 0) {
     PatchLength(stream + 1, bytes);
-    return static_cast<int64_t>(bytes) + 4;
+    *size = static_cast<int64_t>(bytes) + 4;
+  } else {
+    *size = static_cast<int64_t>(static_cast<int32_t>(bytes + offset + 4));
   }
-  return static_cast<int64_t>(static_cast<int32_t>(bytes + offset + 4));
+  return Status::kOk;
 }
 
-int64_t CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
-                      const uint8_t* picture, const uint8_t* chroma, int32_t stride) {
+Status CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                     const uint8_t* picture, const uint8_t* chroma, int32_t stride,
+                     int64_t* size) {
   instance->frameBase = picture;
-  CompressField(instance, stream, capacity, picture, chroma, 2 * stride, 0);
+  VANTARO_RETURN_IF_ERROR(
+      CompressField(instance, stream, capacity, picture, chroma, 2 * stride, 0, size));
   const int32_t offset = SecondFieldOffset(LayoutOf(instance->colorSpace), stride);
   return CompressField(instance, stream, capacity, picture + stride,
-                       chroma != nullptr ? chroma + offset : nullptr, 2 * stride, 1);
+                       chroma != nullptr ? chroma + offset : nullptr, 2 * stride, 1, size);
 }
 
 namespace {
@@ -172,7 +177,7 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
       return 0;
     }
     BitReader reader{24, stream + plan.sliceStart[slice], plan.end};
-    if (walk(*instance, picture, chroma, reader, stride, slice) != DecodeStatus::kOk) {
+    if (walk(*instance, picture, chroma, reader, stride, slice) != Status::kOk) {
       CaptureFault(instance, picture, stream, stride, field, plan, extent);
       return 0;
     }

@@ -16,7 +16,7 @@ namespace {
 // every row. Every macroblock of the partial row is read and transformed
 // whole; only its first `lines` lines are stored.
 template <Family F, AlphaCoding A, class Layout>
-DecodeStatus DecodeSliceWalk(const CodecInstance& inst, uint8_t* picture, uint8_t* chroma,
+Status DecodeSliceWalk(const CodecInstance& inst, uint8_t* picture, uint8_t* chroma,
                              BitReader& reader, int32_t stride, uint32_t slice) {
   using Shape = ShapeOf<F, A>;
   const int32_t mbColumns = inst.width / 16;
@@ -25,8 +25,8 @@ DecodeStatus DecodeSliceWalk(const CodecInstance& inst, uint8_t* picture, uint8_
   const int32_t fullRows = line < fullHeight ? ((fullHeight - line - 1) >> 7) + 1 : 0;
   line += 128 * fullRows;
   const bool partial = line < inst.height;
-  if (fullRows == 0 && !partial) return DecodeStatus::kOk;
-  if (Layout::kPlanar && chroma == nullptr && mbColumns > 0) return DecodeStatus::kFault;
+  if (fullRows == 0 && !partial) return Status::kOk;
+  if (Layout::kPlanar && chroma == nullptr && mbColumns > 0) return Status::kStreamFault;
 
   const size_t readable = reader.end > reader.base ? static_cast<size_t>(reader.end - reader.base) : 0;
   const MacroblockContext ctx{BlockDecodeTablesInstance(), SelectBlockKernels(),
@@ -55,11 +55,11 @@ DecodeStatus DecodeSliceWalk(const CodecInstance& inst, uint8_t* picture, uint8_
   };
 
   for (int32_t row = 0; row < fullRows; ++row) {
-    if (!decodeRow(row, 16)) return DecodeStatus::kFault;
+    if (!decodeRow(row, 16)) return Status::kStreamFault;
   }
-  if (partial && !decodeRow(fullRows, (inst.height - fullHeight) >> 1)) return DecodeStatus::kFault;
+  if (partial && !decodeRow(fullRows, (inst.height - fullHeight) >> 1)) return Status::kStreamFault;
   reader.bitPos = bitPos;
-  return DecodeStatus::kOk;
+  return Status::kOk;
 }
 
 using WalkRow = std::array<DecodeSliceWalkFn, kColorSpaceCount>;

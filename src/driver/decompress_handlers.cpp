@@ -117,25 +117,21 @@ int64_t DecompressMessage(CodecInstance* instance, const ICDECOMPRESS& frame) {
   if (frame.lpbiInput == nullptr || frame.lpbiOutput == nullptr || frame.lpOutput == nullptr) {
     return kIcErrBadFormat;
   }
-  try {
-    const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(frame.lpbiOutput));
-    const auto* input = static_cast<const uint8_t*>(frame.lpInput);
-    const uint8_t first = input != nullptr ? input[0] : 0;
-    // Size and layout follow every frame's headers and stay written even
-    // when the frame is refused.
-    instance->width = frame.lpbiInput->biWidth;
-    instance->height = AbsHeight(frame.lpbiInput->biHeight);
-    instance->colorSpace = colorSpace;
-    // The quality byte is the only part of the stream judged before decoding.
-    if (colorSpace == kCsInvalid || first < 1 || first > 99) return kIcErrBadFormat;
-    if (!OutputLargeEnough(*instance, colorSpace, frame.lpbiOutput)) return kIcErrBadFormat;
-    DecodeExtent extent;
-    extent.streamSize = frame.lpbiInput->biSizeImage;
-    DecompressBothFields(instance, frame, colorSpace, extent);
-    return kIcErrOk;
-  } catch (...) {
-    return kIcErrBadFormat;
-  }
+  const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(frame.lpbiOutput));
+  const auto* input = static_cast<const uint8_t*>(frame.lpInput);
+  const uint8_t first = input != nullptr ? input[0] : 0;
+  // Size and layout follow every frame's headers and stay written even
+  // when the frame is refused.
+  instance->width = frame.lpbiInput->biWidth;
+  instance->height = AbsHeight(frame.lpbiInput->biHeight);
+  instance->colorSpace = colorSpace;
+  // The quality byte is the only part of the stream judged before decoding.
+  if (colorSpace == kCsInvalid || first < 1 || first > 99) return kIcErrBadFormat;
+  if (!OutputLargeEnough(*instance, colorSpace, frame.lpbiOutput)) return kIcErrBadFormat;
+  DecodeExtent extent;
+  extent.streamSize = frame.lpbiInput->biSizeImage;
+  DecompressBothFields(instance, frame, colorSpace, extent);
+  return kIcErrOk;
 }
 
 }  // namespace vantaro

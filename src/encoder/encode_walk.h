@@ -22,11 +22,11 @@ namespace vantaro::encoder {
 // alpha end markers after every macroblock. Readers take those 6 bits as
 // the next macroblock's start; kept as the format has it.
 template <class Layout, Family F, AlphaCoding A, bool kExtraEndMarkers>
-void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
+Status EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
                 const uint8_t* chroma, int32_t stride, uint32_t slice) {
   const int32_t columns = instance.width / 16;
   const SliceRows rows = SliceRowsFor(instance.height, slice);
-  if (columns <= 0 || (rows.fullRows == 0 && !rows.hasPartialRow)) return;
+  if (columns <= 0 || (rows.fullRows == 0 && !rows.hasPartialRow)) return Status::kOk;
   const ForwardKernels& blocks = SelectForwardKernels();
   const LoaderKernels& loaders = SelectLoaderKernels();
   const int32_t pu = stride / 16;  // loaders' line distance: the pitch rounded toward zero
@@ -57,30 +57,31 @@ void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t*
     rowStart(row, first, second);
     for (int32_t c = 0; c < columns; ++c) {
       Layout::template Load<F, A>(loaders, scratch, first, second, pu);
-      EncodeWithinCapacity(writer, encode);
+      VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
       first += Layout::kMainStep;
       if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
     }
   }
-  if (!rows.hasPartialRow) return;
+  if (!rows.hasPartialRow) return Status::kOk;
   scratch.ResetPredictors();
   const int lines = rows.partialLines;
   if (lines == 0) {
     for (int32_t c = 0; c < columns; ++c) {
       place::FillFlat<F, A>(scratch);
-      EncodeWithinCapacity(writer, encode);
+      VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
     }
-    return;
+    return Status::kOk;
   }
   const uint8_t* first = nullptr;
   const uint8_t* second = nullptr;
   rowStart(row, first, second);
   for (int32_t c = 0; c < columns; ++c) {
     Layout::template LoadPartial<F, A>(loaders, scratch, first, second, pu, lines);
-    EncodeWithinCapacity(writer, encode);
+    VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
     first += Layout::kMainStep;
     if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
   }
+  return Status::kOk;
 }
 
 }  // namespace vantaro::encoder

@@ -5,18 +5,13 @@
 
 #include "codec/codec_instance.h"
 #include "codec/quantiser.h"
+#include "support/pictures.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro {
 namespace {
 
-struct Instance {
-  CodecInstance value;
-  Instance() { InitInstance(&value); }
-  ~Instance() { ReleaseInstance(&value); }
-  CodecInstance* operator->() { return &value; }
-  CodecInstance* get() { return &value; }
-};
+using Instance = test::TestInstance;
 
 TEST(Quantiser, LadderSnapsEvenDistancesAsTheyStandAndOddOnesDownward) {
   const struct {

@@ -3,6 +3,9 @@
 
 #include "driver_host_session.h"
 
+#include "codec/allocation.h"
+#include "vantaro/vantaro.h"
+
 namespace vantaro::test {
 namespace {
 
@@ -72,6 +75,32 @@ TEST(DriverEntry, OpenAndTheLastOpenedHandler) {
   EXPECT_EQ(std::u16string(GetInfo(bare).szDescription), u"Quorin Vantaro Video Codec");
   EXPECT_EQ(Send(bare, DRV_CLOSE), 1);
   EXPECT_EQ(Send(0, DRV_CLOSE), 1);
+}
+
+// An instance is three allocations (the record, the encoder and decoder
+// tables); whichever fails, both doors that create instances answer with no
+// instance and leave nothing allocated.
+int64_t g_failAt = 0;
+
+TEST(DriverEntry, AFailedAllocationOpensNothingAndLeaksNothing) {
+  const BITMAPINFOHEADER header = Header(64, 64, Fcc("YUY2"), 16);
+  ICOPEN open{};
+  open.fccType = ICTYPE_VIDEO;
+  open.fccHandler = Fcc("VTQ2");
+  const int64_t live = LiveAllocations();
+  for (g_failAt = 1; g_failAt <= 3; ++g_failAt) {
+    SetAllocationFailureHook([](int64_t sequence, size_t) { return sequence == g_failAt; });
+    EXPECT_EQ(VTC_CompressFieldBegin(&header, Fcc("VTQ2")), nullptr) << g_failAt;
+    SetAllocationFailureHook([](int64_t sequence, size_t) { return sequence == g_failAt; });
+    EXPECT_EQ(Send(0, DRV_OPEN, nullptr, &open), 0) << g_failAt;
+    SetAllocationFailureHook(nullptr);
+    EXPECT_EQ(LiveAllocations(), live) << g_failAt;
+  }
+  void* handle = VTC_DecompressFieldBegin(&header, Fcc("VTQ2"));
+  ASSERT_NE(handle, nullptr);
+  EXPECT_EQ(LiveAllocations(), live + 3);
+  VTC_DecompressFieldEnd(handle);
+  EXPECT_EQ(LiveAllocations(), live);
 }
 
 TEST(DriverEntry, InfoForEachVariantInEitherCase) {

@@ -10,15 +10,17 @@
 
 namespace vantaro::test {
 
-// A codec instance for direct use of the internal drivers: format fields set
-// by hand, released on destruction.
+// The one codec instance wrapper of the suites, for direct use of the
+// internal drivers: format fields set by hand, released on destruction.
 class TestInstance {
  public:
-  TestInstance(uint32_t fourcc, uint32_t colorSpace, int32_t width, int32_t height);
+  explicit TestInstance(uint32_t fourcc = 0, uint32_t colorSpace = kCsInvalid, int32_t width = 0,
+                        int32_t height = 0);
   ~TestInstance();
   TestInstance(const TestInstance&) = delete;
   TestInstance& operator=(const TestInstance&) = delete;
   CodecInstance* get() { return &value_; }
+  const CodecInstance* get() const { return &value_; }
   CodecInstance* operator->() { return &value_; }
 
  private:
@@ -46,6 +48,11 @@ Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t see
                 int32_t padding = 0);
 
 uint64_t Fnv1a64(const uint8_t* data, size_t size);
+
+// Compresses a frame as the direct functions do: the size CompressFrame
+// reports, or 0 when it fails.
+int64_t CompressFrameSize(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                          const uint8_t* picture, const uint8_t* chroma, int32_t stride);
 
 // Compresses a frame; returns the stream cut to the reported size minus 4.
 std::vector<uint8_t> CompressFrameBytes(CodecInstance* instance, const Frame& frame);
