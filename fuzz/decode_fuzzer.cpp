@@ -12,7 +12,7 @@
 
 #include "codec/codec_instance.h"
 #include "codec/field_flow.h"
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 #include "diagnostics/fault_capture.h"
 
 namespace {
@@ -44,7 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint32_t cs = kLayouts[(data[0] >> 3) % 12];
   const int32_t width = 16 * (1 + (data[1] & 3)) + ((data[1] >> 2) & 7);
   const int32_t height = 1 + (data[1] >> 5) * 13 + (data[2] & 31);
-  vantaro::SetVectorKernelsEnabled((data[2] & 32) == 0);
+  vantaro::SetKernelOverride((data[2] & 32) == 0 ? vantaro::KernelOverride::kAutomatic
+                                                  : vantaro::KernelOverride::kScalar);
   data += 3;
   size -= 3;
 

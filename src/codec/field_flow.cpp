@@ -29,8 +29,8 @@ bool SliceHasMacroblocks(const CodecInstance& instance, uint32_t slice) {
 }
 
 // The slice steps: length placeholder, the walk, the length, byte alignment.
-Status EncodeSlice(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
-                   const uint8_t* chroma, int32_t stride, uint32_t slice) {
+Status EncodeSlice(const CodecInstance& instance, const Kernels& kernels, BitWriter& writer,
+                   const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t slice) {
   const ChromaArm arm = ArmFor(instance.chromaFamily, instance.dctAlpha);
   if (arm == ChromaArm::kNone) return Status::kOk;
   if (!RoomFor(writer, 3)) return Status::kDoesNotFit;
@@ -42,7 +42,7 @@ Status EncodeSlice(const CodecInstance& instance, BitWriter& writer, const uint8
     if (IsPlanar(instance.colorSpace) && chroma == nullptr && SliceHasMacroblocks(instance, slice)) {
       return Status::kNoSecondPlane;
     }
-    VANTARO_RETURN_IF_ERROR(walk(instance, writer, picture, chroma, stride, slice));
+    VANTARO_RETURN_IF_ERROR(walk(instance, kernels, writer, picture, chroma, stride, slice));
   }
   const uint32_t startByte = (start + 7) >> 3;
   PatchLength(writer.buffer + startByte, ((writer.bitPos + 7) >> 3) - startByte);
@@ -70,8 +70,9 @@ Status CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
     writer.buffer = stream + offset;
     writer.capacity = capacity == kUnknownSize ? kUnknownSize : capacity - offset;
   }
+  const Kernels& kernels = ActiveKernels();
   for (uint32_t slice = 0; slice < kSlicesPerField; ++slice) {
-    VANTARO_RETURN_IF_ERROR(EncodeSlice(*instance, writer, picture, chroma, stride, slice));
+    VANTARO_RETURN_IF_ERROR(EncodeSlice(*instance, kernels, writer, picture, chroma, stride, slice));
   }
   const uint32_t bytes = (writer.bitPos + 7) >> 3;
   if (field == 0) {
@@ -163,6 +164,7 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
   const FieldPlan plan = PlanField(stream, field, extent.streamSize);
   const ChromaArm arm = ArmFor(instance->chromaFamily, instance->dctAlpha);
   if (arm == ChromaArm::kNone) return 0;
+  const Kernels& kernels = ActiveKernels();
   for (uint32_t slice = 0; slice < kSlicesPerField; ++slice) {
     if (static_cast<int>(slice) >= plan.faultAtSlice) {
       CaptureFault(instance, picture, stream, stride, field, plan, extent);
@@ -177,7 +179,7 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
       return 0;
     }
     BitReader reader{24, stream + plan.sliceStart[slice], plan.end};
-    if (walk(*instance, picture, chroma, reader, stride, slice) != Status::kOk) {
+    if (walk(*instance, kernels, picture, chroma, reader, stride, slice) != Status::kOk) {
       CaptureFault(instance, picture, stream, stride, field, plan, extent);
       return 0;
     }

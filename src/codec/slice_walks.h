@@ -7,6 +7,7 @@
 
 #include "codec/bit_stream.h"
 #include "codec/codec_instance.h"
+#include "codec/kernels.h"
 #include "codec/status.h"
 
 namespace vantaro {
@@ -24,11 +25,12 @@ constexpr ChromaArm ArmFor(uint32_t chromaFamily, uint8_t dctAlpha) {
   }
 }
 
-// Encodes one slice's macroblock rows into `writer`. `picture` is the first
+// Encodes one slice's macroblock rows into `writer` with `kernels`. `picture` is the first
 // line of the field, `chroma` the first line of its second plane (planar
 // layouts only), `stride` the field's signed line distance. kDoesNotFit
 // when the writer's capacity is reached, with nothing stored past it.
-using EncodeSliceWalkFn = Status (*)(const CodecInstance& instance, BitWriter& writer,
+using EncodeSliceWalkFn = Status (*)(const CodecInstance& instance, const Kernels& kernels,
+                                     BitWriter& writer,
                                    const uint8_t* picture, const uint8_t* chroma,
                                    int32_t stride, uint32_t slice);
 
@@ -40,7 +42,8 @@ EncodeSliceWalkFn FindEncodeSliceWalk(ChromaArm arm, uint32_t colorSpace, bool h
 // slice's length field. A walk never reads at or past
 // `reader.end` (it sees zero bits there) and answers kStreamFault as soon as the
 // position it has consumed passes `end`, or a run leaves its block.
-using DecodeSliceWalkFn = Status (*)(const CodecInstance& instance, uint8_t* picture,
+using DecodeSliceWalkFn = Status (*)(const CodecInstance& instance, const Kernels& kernels,
+                                     uint8_t* picture,
                                            uint8_t* chroma, BitReader& reader, int32_t stride,
                                            uint32_t slice);
 

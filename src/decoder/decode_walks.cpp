@@ -16,7 +16,8 @@ namespace {
 // every row. Every macroblock of the partial row is read and transformed
 // whole; only its first `lines` lines are stored.
 template <Family F, AlphaCoding A, class Layout>
-Status DecodeSliceWalk(const CodecInstance& inst, uint8_t* picture, uint8_t* chroma,
+Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_t* picture,
+                       uint8_t* chroma,
                              BitReader& reader, int32_t stride, uint32_t slice) {
   using Shape = ShapeOf<F, A>;
   const int32_t mbColumns = inst.width / 16;
@@ -29,9 +30,9 @@ Status DecodeSliceWalk(const CodecInstance& inst, uint8_t* picture, uint8_t* chr
   if (Layout::kPlanar && chroma == nullptr && mbColumns > 0) return Status::kStreamFault;
 
   const size_t readable = reader.end > reader.base ? static_cast<size_t>(reader.end - reader.base) : 0;
-  const MacroblockContext ctx{BlockDecodeTablesInstance(), SelectBlockKernels(),
+  const MacroblockContext ctx{BlockDecodeTablesInstance(), *kernels.blocks,
                               inst.multiplierTable, StreamView{reader.base, readable}};
-  const StoreKernels& storeKernels = SelectStoreKernels();
+  const StoreKernels& storeKernels = *kernels.stores;
   const uint64_t limit = ctx.stream.SizeInBits();
   alignas(16) MacroblockScratch scratch;
   uint64_t bitPos = reader.bitPos;

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 #include "decoder/block_decode_tables.h"
 
 namespace vantaro::decoder {
@@ -116,10 +116,5 @@ void InverseTransformBlockScalar(int16_t* block, const uint16_t* multipliers) {
 }
 
 const BlockKernels kBlockKernelsScalar = {ClearBlocksScalar, InverseTransformBlockScalar};
-
-const BlockKernels& SelectBlockKernels() {
-  const BlockKernels* vector = BlockKernelsSse2();
-  return VectorKernelsEnabled() && vector != nullptr ? *vector : kBlockKernelsScalar;
-}
 
 }  // namespace vantaro::decoder

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "codec/kernels.h"
+
 namespace vantaro::decoder {
 
 // Row tables: for each pair of rows, four input-pair lines (x0,x2), (x4,x6),
@@ -40,8 +42,5 @@ void InverseTransformBlockScalar(int16_t* block, const uint16_t* multipliers);
 extern const BlockKernels kBlockKernelsScalar;
 // Null on builds without SSE2.
 const BlockKernels* BlockKernelsSse2();
-
-// The table a walk uses: vector kernels where enabled, else scalar.
-const BlockKernels& SelectBlockKernels();
 
 }  // namespace vantaro::decoder

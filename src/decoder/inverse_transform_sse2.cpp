@@ -3,7 +3,7 @@
 // 32-bit wrap); pmulhw, paddsw and psubsw are the column pass's mulhi, +s, -s.
 #include "decoder/inverse_transform.h"
 
-#if defined(__SSE2__)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
 #include "decoder/block_decode_tables.h"

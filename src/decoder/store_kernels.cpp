@@ -1,6 +1,6 @@
 #include "decoder/store_kernels.h"
 
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 
 namespace vantaro::decoder {
 namespace {
@@ -46,10 +46,5 @@ void InterleaveScalar(const uint8_t* first, const uint8_t* second, uint8_t* out)
 
 const StoreKernels kStoreKernelsScalar = {PackLineScalar, RawPairsScalar, EvenPairsScalar,
                                           AverageScalar, InterleaveScalar};
-
-const StoreKernels& SelectStoreKernels() {
-  const StoreKernels* vector = StoreKernelsSse2();
-  return VectorKernelsEnabled() && vector != nullptr ? *vector : kStoreKernelsScalar;
-}
 
 }  // namespace vantaro::decoder

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "codec/kernels.h"
+
 namespace vantaro::decoder {
 
 struct StoreKernels {
@@ -25,7 +27,6 @@ struct StoreKernels {
 extern const StoreKernels kStoreKernelsScalar;
 // Null on builds without SSE2.
 const StoreKernels* StoreKernelsSse2();
-const StoreKernels& SelectStoreKernels();
 
 inline uint8_t Pack(int16_t x) {
   return static_cast<uint8_t>(x < 0 ? 0 : x > 255 ? 255 : x);

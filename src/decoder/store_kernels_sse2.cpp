@@ -1,7 +1,7 @@
 // SSE2 twins of the line primitives in store_kernels.cpp.
 #include "decoder/store_kernels.h"
 
-#if defined(__SSE2__)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
 namespace vantaro::decoder {

@@ -22,13 +22,13 @@ namespace vantaro::encoder {
 // alpha end markers after every macroblock. Readers take those 6 bits as
 // the next macroblock's start; kept as the format has it.
 template <class Layout, Family F, AlphaCoding A, bool kExtraEndMarkers>
-Status EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
+Status EncodeWalk(const CodecInstance& instance, const Kernels& kernels, BitWriter& writer, const uint8_t* picture,
                 const uint8_t* chroma, int32_t stride, uint32_t slice) {
   const int32_t columns = instance.width / 16;
   const SliceRows rows = SliceRowsFor(instance.height, slice);
   if (columns <= 0 || (rows.fullRows == 0 && !rows.hasPartialRow)) return Status::kOk;
-  const ForwardKernels& blocks = SelectForwardKernels();
-  const LoaderKernels& loaders = SelectLoaderKernels();
+  const ForwardKernels& blocks = *kernels.forward;
+  const LoaderKernels& loaders = *kernels.loaders;
   const int32_t pu = stride / 16;  // loaders' line distance: the pitch rounded toward zero
   MacroblockScratch scratch{};
 

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "codec/kernels.h"
+
 #include "encoder/encoder_kernels.h"
 
 namespace vantaro::encoder {
@@ -13,7 +15,7 @@ namespace vantaro::encoder {
 // is part of the stream, not an approximation to be improved.
 void ForwardDctScalar(int16_t* block);
 
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#if defined(VANTARO_KERNELS_SSE2)
 void ForwardDctSse2(int16_t* block);
 #endif
 

@@ -1,6 +1,6 @@
 // Scalar line unpacking for the loaders, and the choice of loader kernels.
 #include "codec/global_tables.h"
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 #include "encoder/encoder_kernels.h"
 
 namespace vantaro::encoder {
@@ -77,15 +77,6 @@ constexpr LoaderKernels kScalarLoaders = {
 
 }  // namespace
 
-const LoaderKernels& ScalarLoaderKernels() { return kScalarLoaders; }
-
-const LoaderKernels& SelectLoaderKernels() {
-  const LoaderKernels* vector = Sse2LoaderKernels();
-  return vector != nullptr && VectorKernelsEnabled() ? *vector : kScalarLoaders;
-}
-
-#if !defined(VANTARO_HAVE_SSE2_KERNELS)
-const LoaderKernels* Sse2LoaderKernels() { return nullptr; }
-#endif
+const LoaderKernels kLoaderKernelsScalar = kScalarLoaders;
 
 }  // namespace vantaro::encoder

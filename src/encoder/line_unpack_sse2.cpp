@@ -3,7 +3,7 @@
 // kernel writes exactly the fields its scalar twin writes.
 #include "encoder/encoder_kernels.h"
 
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
 #include "codec/global_tables.h"
@@ -118,7 +118,14 @@ constexpr LoaderKernels kSse2Loaders = {Luma8, LumaAlpha, ChromaHalf, ChromaFull
 
 }  // namespace
 
-const LoaderKernels* Sse2LoaderKernels() { return &kSse2Loaders; }
+const LoaderKernels* LoaderKernelsSse2() { return &kSse2Loaders; }
 
 }  // namespace vantaro::encoder
+
+#else
+
+namespace vantaro::encoder {
+const LoaderKernels* LoaderKernelsSse2() { return nullptr; }
+}  // namespace vantaro::encoder
+
 #endif

@@ -4,6 +4,9 @@
 #include "support/pictures.h"
 
 #include "codec/codec_instance.h"
+#include "codec/kernels.h"
+#include "decoder/store_kernels.h"
+#include "encoder/encoder_kernels.h"
 #include "codec/slice_layout.h"
 
 namespace vantaro {
@@ -122,6 +125,23 @@ TEST(SliceLayout, RowsAreDealtRoundRobin) {
       EXPECT_EQ(r.partialLines, c.rows[s].partialLines) << c.height << " slice " << s;
     }
   }
+}
+
+// The override picks the record the walks get; automatic takes the best level
+// present, and the scalar record always holds the scalar tables.
+TEST(Kernels, TheOverrideChoosesTheRecordTheWalksGet) {
+  const KernelOverride was = CurrentKernelOverride();
+  SetKernelOverride(KernelOverride::kScalar);
+  EXPECT_EQ(&ActiveKernels(), KernelsAt(KernelLevel::kScalar));
+  EXPECT_EQ(ActiveKernels().forward, &encoder::kForwardKernelsScalar);
+  EXPECT_EQ(ActiveKernels().stores, &decoder::kStoreKernelsScalar);
+  SetKernelOverride(KernelOverride::kAutomatic);
+  const Kernels* sse2 = KernelsAt(KernelLevel::kSse2);
+  EXPECT_EQ(&ActiveKernels(), sse2 != nullptr ? sse2 : KernelsAt(KernelLevel::kScalar));
+  if (sse2 != nullptr) {
+    EXPECT_EQ(sse2->loaders, encoder::LoaderKernelsSse2());
+  }
+  SetKernelOverride(was);
 }
 
 }  // namespace

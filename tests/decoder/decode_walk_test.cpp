@@ -8,7 +8,7 @@
 
 #include "capture_sandbox.h"
 #include "codec/field_flow.h"
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 #include "stream_writer.h"
 #include "support/pictures.h"
 #include "vantaro/vantaro.h"
@@ -149,11 +149,12 @@ TEST_F(DecodeWalks, EveryVariantAndLayoutRoundTrips) {
       const std::vector<uint8_t> stream = Compress(fourcc, source);
       ASSERT_GT(stream.size(), 28u);
       Picture vec(cs, kWidth, kHeight, kUntouched), scalar(cs, kWidth, kHeight, kUntouched);
-      const bool wasEnabled = VectorKernelsEnabled();
+      const KernelOverride was = CurrentKernelOverride();
+      SetKernelOverride(KernelOverride::kAutomatic);
       Decompress(fourcc, stream, vec);
-      SetVectorKernelsEnabled(false);
+      SetKernelOverride(KernelOverride::kScalar);
       Decompress(fourcc, stream, scalar);
-      SetVectorKernelsEnabled(wasEnabled);
+      SetKernelOverride(was);
       ASSERT_EQ(vec.main, scalar.main);
       ASSERT_EQ(vec.chroma, scalar.chroma);
       if (PairRoundTrips(fourcc, cs)) {

@@ -9,7 +9,7 @@
 
 #include "codec/codec_instance.h"
 #include "codec/quantiser.h"
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 #include "support/pictures.h"
 
 namespace vantaro::encoder {
@@ -106,17 +106,17 @@ TEST(GoldenStreams, EveryVariantAndLayoutCodesAsRecorded) {
 }
 
 TEST(GoldenStreams, VectorAndScalarKernelsGiveTheSameStreams) {
-  const bool wasEnabled = VectorKernelsEnabled();
+  const KernelOverride was = CurrentKernelOverride();
   for (const char variant : kVariants) {
     for (const uint32_t cs : kLayouts) {
-      SetVectorKernelsEnabled(true);
+      SetKernelOverride(KernelOverride::kAutomatic);
       const uint64_t vector = StreamHash(FourCC('V', 'T', 'Q', variant), cs, kCases[0]);
-      SetVectorKernelsEnabled(false);
+      SetKernelOverride(KernelOverride::kScalar);
       const uint64_t scalar = StreamHash(FourCC('V', 'T', 'Q', variant), cs, kCases[0]);
       EXPECT_EQ(vector, scalar) << "VTQ" << variant << " layout " << cs;
     }
   }
-  SetVectorKernelsEnabled(wasEnabled);
+  SetKernelOverride(was);
 }
 
 }  // namespace
