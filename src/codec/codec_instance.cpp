@@ -2,6 +2,7 @@
 
 #include "codec/allocation.h"
 #include "codec/quantiser.h"
+#include "codec/wrapping.h"
 #include "diagnostics/codec_log.h"
 
 namespace vantaro {
@@ -31,8 +32,6 @@ const StreamVariant* FindVariant(uint32_t fourcc) {
   }
   return nullptr;
 }
-
-int32_t Abs32(int32_t v) { return v < 0 ? static_cast<int32_t>(0u - static_cast<uint32_t>(v)) : v; }
 
 }  // namespace
 
@@ -129,7 +128,7 @@ int32_t ColorSpaceFromHeader(const BITMAPINFOHEADER* header) {
 
 int64_t BeginCompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader) {
   instance->width = inputHeader->biWidth;
-  instance->height = Abs32(inputHeader->biHeight);
+  instance->height = WrapAbs(inputHeader->biHeight);
   instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(inputHeader));
   CodecLog("CompressBegin", "Resolution = %dx%d (%s)", instance->width, instance->height,
            LayoutOf(instance->colorSpace).name);
@@ -145,11 +144,11 @@ int64_t BeginCompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHead
 int64_t BeginDecompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader,
                         const BITMAPINFOHEADER* outputHeader) {
   if (inputHeader->biWidth != outputHeader->biWidth ||
-      Abs32(inputHeader->biHeight) != Abs32(outputHeader->biHeight)) {
+      WrapAbs(inputHeader->biHeight) != WrapAbs(outputHeader->biHeight)) {
     return kIcErrBadFormat;
   }
   instance->width = inputHeader->biWidth;
-  instance->height = Abs32(inputHeader->biHeight);
+  instance->height = WrapAbs(inputHeader->biHeight);
   instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(outputHeader));
   CodecLog("DecompressBegin", "ColorSpace = %s", LayoutOf(instance->colorSpace).name);
   return kIcErrOk;

@@ -4,6 +4,7 @@
 // macroblock loop tests the format.
 #include <array>
 
+#include "codec/slice_layout.h"
 #include "codec/slice_walks.h"
 #include "decoder/macroblock_decoder.h"
 #include "decoder/output_layouts.h"
@@ -17,16 +18,11 @@ namespace {
 // whole; only its first `lines` lines are stored.
 template <Family F, AlphaCoding A, class Layout>
 Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_t* picture,
-                       uint8_t* chroma,
-                             BitReader& reader, int32_t stride, uint32_t slice) {
+                       uint8_t* chroma, BitReader& reader, int32_t stride, uint32_t slice) {
   using Shape = ShapeOf<F, A>;
   const int32_t mbColumns = inst.width / 16;
-  const int32_t fullHeight = inst.height & ~31;
-  int32_t line = static_cast<int32_t>(32 * slice);
-  const int32_t fullRows = line < fullHeight ? ((fullHeight - line - 1) >> 7) + 1 : 0;
-  line += 128 * fullRows;
-  const bool partial = line < inst.height;
-  if (fullRows == 0 && !partial) return Status::kOk;
+  const SliceRows rows = SliceRowsFor(inst.height, slice);
+  if (rows.fullRows == 0 && !rows.hasPartialRow) return Status::kOk;
   if (Layout::kPlanar && chroma == nullptr && mbColumns > 0) return Status::kStreamFault;
 
   const size_t readable = reader.end > reader.base ? static_cast<size_t>(reader.end - reader.base) : 0;
@@ -55,10 +51,10 @@ Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_
     return true;
   };
 
-  for (int32_t row = 0; row < fullRows; ++row) {
+  for (int32_t row = 0; row < rows.fullRows; ++row) {
     if (!decodeRow(row, 16)) return Status::kStreamFault;
   }
-  if (partial && !decodeRow(fullRows, (inst.height - fullHeight) >> 1)) return Status::kStreamFault;
+  if (rows.hasPartialRow && !decodeRow(rows.fullRows, rows.partialLines)) return Status::kStreamFault;
   reader.bitPos = bitPos;
   return Status::kOk;
 }

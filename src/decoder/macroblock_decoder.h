@@ -25,7 +25,7 @@ struct MacroblockContext {
 };
 
 // The highest block number an order names.
-constexpr int32_t HighestBlock(const BlockSlot* order, size_t count) {
+constexpr int32_t HighestBlock(const BlockStep* order, size_t count) {
   int32_t highest = 0;
   for (size_t i = 0; i < count; ++i) highest = order[i].block > highest ? order[i].block : highest;
   return highest;
@@ -37,7 +37,7 @@ constexpr int32_t HighestBlock(const BlockSlot* order, size_t count) {
 // order names).
 template <const auto& Order>
 struct BlockShape {
-  static constexpr const BlockSlot* kOrder = Order;
+  static constexpr const BlockStep* kOrder = Order;
   static constexpr size_t kCount = std::size(Order);
   static constexpr int32_t kClear = HighestBlock(Order, kCount) + 1;
 };

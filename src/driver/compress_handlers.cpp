@@ -28,7 +28,7 @@ bool SourceLargeEnough(const CodecInstance& instance, uint32_t colorSpace,
 }
 
 bool SameResolution(const CodecInstance& instance, const BITMAPINFOHEADER* source) {
-  const int32_t height = AbsHeight(source->biHeight);
+  const int32_t height = WrapAbs(source->biHeight);
   if (source->biWidth == instance.width && height == instance.height) return true;
   CodecLog("Compress", "Received Resolution %dx%d, Expected %dx%d", source->biWidth, height,
            instance.width, instance.height);
@@ -117,15 +117,15 @@ int64_t CompressGetFormat(CodecInstance* instance, const BITMAPINFOHEADER* sourc
   output->biClrUsed = 0;
   output->biClrImportant = 0;
   output->biSizeImage = static_cast<uint32_t>(
-      Wrap32(Wrap32(AbsHeight(source->biWidth), AbsHeight(source->biHeight)), 6));
+      WrapMul(WrapMul(WrapAbs(source->biWidth), WrapAbs(source->biHeight)), 6));
   output->biCompression = instance->fourcc;
-  output->biHeight = AbsHeight(source->biHeight);
+  output->biHeight = WrapAbs(source->biHeight);
   instance->topDown = source->biHeight < 0 ? 1 : 0;
   return kIcErrOk;
 }
 
 int64_t CompressWorstCaseSize(const BITMAPINFOHEADER* compressed) {
-  return Wrap32(Wrap32(AbsHeight(compressed->biHeight), AbsHeight(compressed->biWidth)), 6);
+  return WrapMul(WrapMul(WrapAbs(compressed->biHeight), WrapAbs(compressed->biWidth)), 6);
 }
 
 int64_t CompressMessage(CodecInstance* instance, const ICCOMPRESS& frame) {

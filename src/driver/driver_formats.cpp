@@ -5,7 +5,7 @@
 namespace vantaro {
 
 int32_t DriverLineBytes(uint32_t colorSpace, int32_t width) {
-  return Wrap32(LayoutOf(colorSpace).driverStep, width);
+  return WrapMul(LayoutOf(colorSpace).driverStep, width);
 }
 
 int64_t DriverFrameBytes(uint32_t colorSpace, int32_t width, int32_t height) {

@@ -6,6 +6,7 @@
 
 #include "codec/codec_instance.h"
 #include "codec/field_flow.h"
+#include "codec/wrapping.h"
 #include "filter/vantaro_decoder.h"
 #include "platform/registry.h"
 
@@ -29,15 +30,6 @@ constexpr OutputFormat Row(uint32_t fourcc, uint16_t bits, bool videoInfo2) {
 constexpr OutputFormat RgbRow(bool videoInfo2) {
   return {kMediaSubtypeRgb32, 32, kBiRgb, videoInfo2};
 }
-
-// Signed 32-bit arithmetic that wraps, as the line-size formulas do.
-int32_t Mul(int32_t a, int32_t b) {
-  return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
-}
-int32_t Add(int32_t a, int32_t b) {
-  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-}
-int32_t Abs(int32_t v) { return v < 0 ? Mul(v, -1) : v; }
 
 // The format block of a video type, by format type. Only a block as large
 // as its kind counts as present.
@@ -174,7 +166,7 @@ HRESULT CVantaroDecoder::CheckTransform(const CMediaType* in, const CMediaType* 
   if (!(out->majortype == kMediaTypeVideo)) return kSOk;
   FormatBlock block;
   if (!FindFormatBlock(*out, &block)) return kVfwETypeNotAccepted;
-  if (Abs(block.header->biHeight) < f_.frameHeight || block.header->biWidth < f_.frameWidth) {
+  if (WrapAbs(block.header->biHeight) < f_.frameHeight || block.header->biWidth < f_.frameWidth) {
     return kVfwETypeNotAccepted;
   }
   return kSOk;
@@ -217,9 +209,9 @@ HRESULT CVantaroDecoder::GetMediaType(int32_t position, CMediaType* mediaType) {
   header->biCompression = row.compression;
   header->biBitCount = row.bitCount;
   // RGB is always delivered top-down.
-  header->biHeight = row.compression == kBiRgb ? Mul(f_.frameHeight, -1) : f_.frameHeight;
-  const int32_t line = Add(Mul(row.bitCount, header->biWidth), 31) >> 3 & 0x1FFFFFFC;
-  header->biSizeImage = static_cast<uint32_t>(Mul(line, Abs(header->biHeight)));
+  header->biHeight = row.compression == kBiRgb ? WrapMul(f_.frameHeight, -1) : f_.frameHeight;
+  const int32_t line = WrapAdd(WrapMul(row.bitCount, header->biWidth), 31) >> 3 & 0x1FFFFFFC;
+  header->biSizeImage = static_cast<uint32_t>(WrapMul(line, WrapAbs(header->biHeight)));
 
   mediaType->majortype = kMediaTypeVideo;
   mediaType->subtype = row.subtype;
@@ -288,7 +280,7 @@ void CVantaroDecoder::ApplyAspectRules(const BITMAPINFOHEADER& header) {
     set(4, 3, 59, 54);
   } else if (w == 720) {
     set(4, 3, f_.pixelAspectX, f_.pixelAspectY);
-  } else if (w == Mul(h, 16) / 9) {
+  } else if (w == WrapMul(h, 16) / 9) {
     set(16, 9, 1, 1);
     if (w == 1280) f_.interlaceFlags = f_.typeSpecificFlags = 0;  // 720p is progressive
   } else {
@@ -331,19 +323,19 @@ HRESULT CVantaroDecoder::ApplyOutputFormat(AM_MEDIA_TYPE* mediaType) {
   }
   if (row == nullptr) return kSFalse;
   const BITMAPINFOHEADER& header = *block.header;
-  if (header.biWidth < f_.frameWidth || Abs(header.biHeight) < f_.frameHeight) return kSFalse;
+  if (header.biWidth < f_.frameWidth || WrapAbs(header.biHeight) < f_.frameHeight) return kSFalse;
 
   const int32_t bits = header.biBitCount;
   const int32_t w = header.biWidth;
-  const int32_t h = Abs(header.biHeight);
+  const int32_t h = WrapAbs(header.biHeight);
   if (bits == 24 && (row->compression == kUYVA || row->compression == kUYVY)) {
     // Packed UYVY lines with the alpha plane behind them: two bytes a pixel
     // for the line, three for the frame.
-    f_.outputStride = Add(Mul(w, 16), 31) >> 3 & ~3;
-    f_.outputBufferSize = static_cast<uint32_t>(Mul(Mul(h, w), 3));
+    f_.outputStride = WrapAdd(WrapMul(w, 16), 31) >> 3 & ~3;
+    f_.outputBufferSize = static_cast<uint32_t>(WrapMul(WrapMul(h, w), 3));
   } else {
-    f_.outputStride = Add(Mul(bits, w), 31) >> 3 & ~3;
-    f_.outputBufferSize = static_cast<uint32_t>(Mul(f_.outputStride, h));
+    f_.outputStride = WrapAdd(WrapMul(bits, w), 31) >> 3 & ~3;
+    f_.outputBufferSize = static_cast<uint32_t>(WrapMul(f_.outputStride, h));
   }
   // A mere change of stride keeps the instance; a new layout needs a new one.
   if (row->compression != f_.outputCompression) ReplaceInstance(header, row->compression);
@@ -351,7 +343,7 @@ HRESULT CVantaroDecoder::ApplyOutputFormat(AM_MEDIA_TYPE* mediaType) {
   const uint32_t planar =
       instance == nullptr ? 0
                           : PlanarFrameBytes(instance->colorSpace, f_.frameWidth,
-                                             Abs(f_.frameHeight), f_.outputStride);
+                                             WrapAbs(f_.frameHeight), f_.outputStride);
   f_.outputFrameBytes = planar > f_.outputBufferSize ? planar : f_.outputBufferSize;
   return kSOk;
 }

@@ -88,7 +88,7 @@ struct Geometry {
 };
 inline Geometry GeometryOf(const BITMAPINFOHEADER& h, bool topDown) {
   const uint32_t cs = static_cast<uint32_t>(ColorSpaceFromHeader(&h));
-  const int32_t height = AbsHeight(h.biHeight), line = DriverLineBytes(cs, h.biWidth);
+  const int32_t height = WrapAbs(h.biHeight), line = DriverLineBytes(cs, h.biWidth);
   return {line, height, static_cast<size_t>(DriverFrameBytes(cs, h.biWidth, height)),
           IsPlanar(cs) ? static_cast<size_t>(height) * line : 0,
           !topDown && (cs == kCsRGB24 || cs == kCsRGB32)};
