@@ -5,7 +5,7 @@
 #include <new>
 
 #include "codec/codec_instance.h"
-#include "codec/field_flow.h"
+#include "codec/layout_facts.h"
 #include "codec/wrapping.h"
 #include "filter/vantaro_decoder.h"
 #include "platform/registry.h"
@@ -339,11 +339,10 @@ HRESULT CVantaroDecoder::ApplyOutputFormat(AM_MEDIA_TYPE* mediaType) {
   }
   // A mere change of stride keeps the instance; a new layout needs a new one.
   if (row->compression != f_.outputCompression) ReplaceInstance(header, row->compression);
-  const auto* instance = static_cast<const CodecInstance*>(f_.instance);
   const uint32_t planar =
-      instance == nullptr ? 0
-                          : PlanarFrameBytes(instance->colorSpace, f_.frameWidth,
-                                             WrapAbs(f_.frameHeight), f_.outputStride);
+      f_.instance == nullptr ? 0
+                             : PlanarFrameBytes(f_.outputLayout, f_.frameWidth,
+                                                WrapAbs(f_.frameHeight), f_.outputStride);
   f_.outputFrameBytes = planar > f_.outputBufferSize ? planar : f_.outputBufferSize;
   return kSOk;
 }
@@ -354,6 +353,7 @@ void CVantaroDecoder::ReplaceInstance(const BITMAPINFOHEADER& outputHeader, uint
   copy.biWidth = f_.frameWidth;
   copy.biHeight = f_.frameHeight;
   f_.instance = VTC_DecompressFieldBegin(&copy, f_.inputFourcc);
+  f_.outputLayout = static_cast<uint32_t>(ColorSpaceFromHeader(&copy));
   f_.outputCompression = compression;
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "codec/codec_instance.h"
-#include "filter/media_type.h"
+#include "filter/base/media_type.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::testing {
