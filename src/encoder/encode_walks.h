@@ -28,11 +28,6 @@ EncodeSliceWalkFn ByAlpha(bool hasAlpha) {
   }
 }
 
-template <class Layout, Family F, bool kDctArm>
-EncodeSliceWalkFn Fixed(bool alpha) {
-  return ByAlpha<Layout, F, kDctArm>(alpha);
-}
-
 // The rows of one dispatcher. csYUY2 and csUYVY never code alpha (but a DCT
 // arm always does); csUYVA and csAYUV always do; the rest follow hasAlpha.
 // In a DCT arm the alpha those sources lack is supplied opaque by the loader.
@@ -45,10 +40,10 @@ EncodeSliceWalkFn Find(uint32_t colorSpace, bool hasAlpha) {
     case kCsYA20: return ByAlpha<PlanarLoader<kCsYA20>, F, kDctArm>(hasAlpha);
     case kCsYA22: return ByAlpha<PlanarLoader<kCsYA22>, F, kDctArm>(hasAlpha);
     case kCsYA44: return ByAlpha<PlanarLoader<kCsYA44>, F, kDctArm>(hasAlpha);
-    case kCsYUY2: return Fixed<PackedLoader<kCsYUY2>, F, kDctArm>(false);
-    case kCsUYVY: return Fixed<PackedLoader<kCsUYVY>, F, kDctArm>(false);
-    case kCsUYVA: return Fixed<PackedLoader<kCsUYVA>, F, kDctArm>(true);
-    case kCsAYUV: return Fixed<PackedLoader<kCsAYUV>, F, kDctArm>(true);
+    case kCsYUY2: return ByAlpha<PackedLoader<kCsYUY2>, F, kDctArm>(false);
+    case kCsUYVY: return ByAlpha<PackedLoader<kCsUYVY>, F, kDctArm>(false);
+    case kCsUYVA: return ByAlpha<PackedLoader<kCsUYVA>, F, kDctArm>(true);
+    case kCsAYUV: return ByAlpha<PackedLoader<kCsAYUV>, F, kDctArm>(true);
     case kCsRGB24: return ByAlpha<PackedLoader<kCsRGB24>, F, kDctArm, true>(hasAlpha);
     case kCsRGB32: return ByAlpha<PackedLoader<kCsRGB32>, F, kDctArm>(hasAlpha);
     default: return nullptr;  // Invalid, csYV12: the slice stays empty
