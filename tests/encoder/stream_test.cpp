@@ -232,23 +232,6 @@ TEST(EncoderStream, BottomUpPicturesCodeAsTheirTopDownMirror) {
   }
 }
 
-TEST(EncoderStream, SamePictureTwiceGivesTheSameBytes) {
-  const uint32_t layouts[] = {kCsNV12, kCsNV16, kCsNV24, kCsYA20, kCsYA22, kCsYA44,
-                              kCsYUY2, kCsUYVY, kCsUYVA, kCsAYUV, kCsRGB24, kCsRGB32};
-  for (uint32_t cs : layouts) {
-    for (uint32_t fourcc : {FourCC('V', 'T', 'Q', '1'), FourCC('V', 'T', 'Q', '7')}) {
-      const Frame f = test::MakeFrame(cs, 40, 50, 8);
-      std::vector<uint8_t> s1(1 << 18, 0x00), s2(1 << 18, 0xFF);  // different stale bytes
-      TestInstance i1(fourcc, cs, 40, 50), i2(fourcc, cs, 40, 50);
-      const uint8_t* chroma = f.chroma.empty() ? nullptr : f.chroma.data();
-      const int64_t n1 = test::CompressFrameSize(i1.get(), s1.data(), s1.size(), f.main.data(), chroma, f.stride);
-      const int64_t n2 = test::CompressFrameSize(i2.get(), s2.data(), s2.size(), f.main.data(), chroma, f.stride);
-      ASSERT_EQ(n1, n2);
-      EXPECT_TRUE(std::equal(s1.begin(), s1.begin() + n1 - 4, s2.begin())) << cs;
-    }
-  }
-}
-
 TEST(EncoderStream, ATooSmallBufferDoesNotFitAndNothingIsWrittenPastItsEnd) {
   const Frame f = test::MakeFrame(kCsRGB32, 64, 96, 11);
   TestInstance instance(FourCC('V', 'T', 'Q', '5'), kCsRGB32, 64, 96);
