@@ -27,10 +27,13 @@ class TestInstance {
   CodecInstance value_;
 };
 
+// The suites' one FourCC helper: from four characters or a four-letter string.
 constexpr uint32_t FourCC(char a, char b, char c, char d) {
-  return static_cast<uint32_t>(a) | (static_cast<uint32_t>(b) << 8) |
-         (static_cast<uint32_t>(c) << 16) | (static_cast<uint32_t>(d) << 24);
+  return static_cast<uint32_t>(static_cast<uint8_t>(a)) | (static_cast<uint32_t>(static_cast<uint8_t>(b)) << 8) |
+         (static_cast<uint32_t>(static_cast<uint8_t>(c)) << 16) |
+         (static_cast<uint32_t>(static_cast<uint8_t>(d)) << 24);
 }
+constexpr uint32_t FourCC(const char* s) { return FourCC(s[0], s[1], s[2], s[3]); }
 
 // Bytes of a picture with smooth gradients, edges and a little noise, so
 // that blocks carry DC, low and high frequencies; same seed, same bytes.
