@@ -52,6 +52,21 @@ Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t see
 
 uint64_t Fnv1a64(const uint8_t* data, size_t size);
 
+// The golden tests' hash of one case and layout: the hash of every stream
+// variant's hash (as little-endian bytes, VTQ0..VTQ9 in order); `each` gets
+// the single hashes for a failure message.
+constexpr char kGoldenVariants[] = {'0', '1', '2', '3', '4', '5', '7', '9'};
+template <class HashOf>
+uint64_t HashOverVariants(HashOf hashOf, std::string* each) {
+  std::vector<uint8_t> bytes;
+  for (const char variant : kGoldenVariants) {
+    const uint64_t hash = hashOf(variant);
+    for (int i = 0; i < 8; ++i) bytes.push_back(static_cast<uint8_t>(hash >> (8 * i)));
+    *each += std::string(" VTQ") + variant + " " + std::to_string(hash);
+  }
+  return Fnv1a64(bytes.data(), bytes.size());
+}
+
 // Compresses a frame as the direct functions do: the size CompressFrame
 // reports, or 0 when it fails.
 int64_t CompressFrameSize(CodecInstance* instance, uint8_t* stream, size_t capacity,
