@@ -38,6 +38,9 @@ enum ColorSpace : uint32_t {
   kCsRGB32 = 13,
 };
 constexpr uint32_t kColorSpaceCount = 14;
+// Rows of kLayouts: the colour spaces, then (as they arrive) the layouts only
+// the native API reaches. The walk tables cover the colour spaces.
+constexpr uint32_t kLayoutCount = kColorSpaceCount;
 
 // What lies beside the main plane.
 enum class SecondPlane : uint8_t {
@@ -76,7 +79,7 @@ struct LayoutFacts {
 // twice as long as their chroma lines, and half a chroma line in for NV24,
 // which both directions have always done and the streams depend on.
 // clang-format off
-inline constexpr LayoutFacts kLayouts[kColorSpaceCount] = {
+inline constexpr LayoutFacts kLayouts[kLayoutCount] = {
   //  name       bits step px  alpha  ya     second               sx sy us um ls lm half   planes
     {"Invalid",   8,  1,  0, false, false, SecondPlane::kNone,   0, 0, 0, 0, 0, 0, false, 0},
     {"csNV12",   12,  2,  1, false, false, SecondPlane::kChroma, 1, 1, 1, 1, 0, 1, false, 2},
@@ -97,7 +100,7 @@ inline constexpr LayoutFacts kLayouts[kColorSpaceCount] = {
 
 // The facts of a layout id; an unknown id reads as Invalid.
 constexpr const LayoutFacts& LayoutOf(uint32_t id) {
-  return kLayouts[id < kColorSpaceCount ? id : kCsInvalid];
+  return kLayouts[id < kLayoutCount ? id : kCsInvalid];
 }
 
 // The two-plane layouts with a second plane of interleaved U, V.
