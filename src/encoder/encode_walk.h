@@ -56,7 +56,7 @@ Status EncodeWalk(const CodecInstance& instance, const Kernels& kernels, BitWrit
     const uint8_t* second = nullptr;
     rowStart(row, first, second);
     for (int32_t c = 0; c < columns; ++c) {
-      Layout::template Load<F, A>(loaders, scratch, first, second, pu);
+      Layout::template LoadRows<F, A>(loaders, scratch, first, second, pu, 16);
       VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
       first += Layout::kMainStep;
       if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;

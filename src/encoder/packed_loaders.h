@@ -75,12 +75,6 @@ struct PackedLoader : LayoutTraits<CS> {
   }
 
   template <Family F, AlphaCoding A>
-  static void Load(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
-                   const uint8_t* second, int32_t pu) {
-    LoadRows<F, A>(k, s, source, second, pu, 16);
-  }
-
-  template <Family F, AlphaCoding A>
   static void LoadPartial(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
                           const uint8_t* second, int32_t pu, int lines) {
     LoadRows<F, A>(k, s, source, second, pu, lines);

@@ -72,12 +72,6 @@ struct PlanarLoader : LayoutTraits<CS> {
     }
   }
 
-  template <Family F, AlphaCoding A>
-  static void Load(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
-                   const uint8_t* second, int32_t pu) {
-    LoadRows<F, A>(k, s, source, second, pu, 16);
-  }
-
   // A pass always writes two rows, so an odd `lines` loads one more; the
   // fill then overwrites it.
   template <Family F, AlphaCoding A>
