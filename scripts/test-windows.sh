@@ -64,6 +64,7 @@ run() {
 }
 run "$programs/vfw_roundtrip.exe" "$out" "$dll"
 run "$programs/avifile_roundtrip.exe" "$out" "$dll"
+run "$programs/direct_exports.exe" "$out" "$dll"
 run regsvr32 /s "$dll"
 run "$programs/dshow_graph.exe" "$out" "$dll"
 run regsvr32 /s /u "$dll"
@@ -78,8 +79,8 @@ echo "== byte comparison with the native build"
 # codec need not write, so they hold whatever the host's buffer held: the
 # lengths must agree, and every byte before the slack.
 compared=0
-for reference in "$results"/native/*; do
-  name=$(basename "$reference")
+while IFS= read -r name; do
+  reference="$results/native/$name"
   produced="$results/windows/$name"
   if [ ! -f "$produced" ]; then
     echo "missing: $name"; failed=1; continue
@@ -94,7 +95,7 @@ for reference in "$results"/native/*; do
     echo "differs: $name"; failed=1; continue
   fi
   compared=$((compared + 1))
-done
+done < <(cd "$results/native" && find . -type f | sed 's|^\./||' | sort)
 echo "$compared results identical to the native build's"
 [ "$compared" -gt 0 ] || failed=1
 exit "$failed"

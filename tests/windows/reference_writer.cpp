@@ -4,6 +4,7 @@
 // to compare with what the DLL produced under the Windows host.
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -148,6 +149,30 @@ bool DriverTrip(const std::string& directory, const std::string& prefix, uint32_
   return true;
 }
 
+// Two faulting decodes in the capture directory: the first leaves the files.
+bool CaptureFaults(const std::string& directory, void* decoder, const std::vector<uint8_t>& frame) {
+  namespace fs = std::filesystem;
+  const fs::path home = fs::current_path();
+  const fs::path capture = fs::path(directory) / sample_frames::kCaptureDirectory;
+  std::error_code error;
+  fs::create_directories(capture, error);
+  if (!Write(capture.string(), "VTQ_Crash_Output",
+             std::vector<uint8_t>(sample_frames::kEarlierCapture,
+                                  sample_frames::kEarlierCapture +
+                                      sizeof sample_frames::kEarlierCapture - 1))) {
+    return false;
+  }
+  fs::current_path(capture, error);
+  if (error) return false;
+  std::vector<uint8_t> picture(sample_frames::FrameBytes(sample_frames::kYuy2));
+  for (const uint8_t fill : {sample_frames::kFirstFaultFill, sample_frames::kSecondFaultFill}) {
+    const std::vector<uint8_t> damaged = sample_frames::DamagedFrame(frame, fill);
+    VTC_DecompressFrame(decoder, picture.data(), damaged.data(), sample_frames::kWidth * 2);
+  }
+  fs::current_path(home);
+  return fs::exists(capture / "VTQ_Crash_Input") && fs::exists(capture / "VTQ_Crash_Output");
+}
+
 // The frames are compressed and, as the filter does, decoded whole at the
 // output line length, top-down, both by the direct functions.
 bool GraphFrames(const std::string& directory) {
@@ -166,6 +191,7 @@ bool GraphFrames(const std::string& directory) {
     const std::string name = "graph_" + std::to_string(f);
     written = Write(directory, name + ".stream", stream) &&
               Write(directory, name + ".picture", picture);
+    if (f == 0 && written) written = CaptureFaults(directory, decoder, stream);
   }
   VTC_CompressFieldEnd(encoder);
   VTC_DecompressFieldEnd(decoder);

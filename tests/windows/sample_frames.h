@@ -58,6 +58,27 @@ constexpr uint32_t kGraphFourCC = FourCC("VTQ2");
 constexpr int kGraphFrames = 3;
 constexpr uint32_t kGraphFrameRoom = kWidth * kHeight * 6;
 
+// The crash capture: a graph frame whose first slice is overwritten with
+// `fill` after its length field, so that its first field's decode faults.
+// The capture files land in this subdirectory of the results, where an
+// output file from "an earlier fault" already lies: the first fault must
+// create the input file only, and a second fault, with another fill, must
+// leave both as they were.
+constexpr const char* kCaptureDirectory = "capture";
+constexpr char kEarlierCapture[] = "an earlier capture\n";
+constexpr uint8_t kFirstFaultFill = 0xFF;
+constexpr uint8_t kSecondFaultFill = 0xA5;
+
+inline std::vector<uint8_t> DamagedFrame(std::vector<uint8_t> frame, uint8_t fill) {
+  const size_t sliceStart = 4;  // behind the quality byte and the second-field offset
+  const size_t length = frame[sliceStart] | (frame[sliceStart + 1] << 8) |
+                        (static_cast<size_t>(frame[sliceStart + 2]) << 16);
+  for (size_t i = sliceStart + 3; i < sliceStart + length && i < frame.size(); ++i) {
+    frame[i] = fill;
+  }
+  return frame;
+}
+
 constexpr size_t FrameBytes(const Layout& layout) {
   return static_cast<size_t>(kWidth) * kHeight * layout.bitCount / 8;
 }
