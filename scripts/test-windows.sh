@@ -69,9 +69,32 @@ run regsvr32 /s "$dll"
 run "$programs/dshow_graph.exe" "$out" "$dll"
 run regsvr32 /s /u "$dll"
 clsid='HKCR\CLSID\{30515456-0000-0010-8000-00AA00389B71}'
-if timeout 60 "$wine" reg query "$clsid" >/dev/null 2>&1; then
+reg() { timeout 60 "$wine" reg "$@" 2>/dev/null; }
+if reg query "$clsid" >/dev/null; then
   echo "FAILED: the class key outlived regsvr32 /u"; failed=1
 fi
+
+# Registration through the older filter mapper, which it falls back to when
+# the current one can't be made: hide the current one's server, register,
+# and read what the older mapper recorded (merit, pins, the twelve input
+# types), then unregister and bring the current one back.
+echo "== registration through the older filter mapper"
+mapper2='HKCR\CLSID\{CDA42200-BD88-11D0-BD4E-00A0C911CE86}\InprocServer32'
+quartz=$(reg query "$mapper2" /ve | sed -n 's/.*REG_SZ *//p' | tr -d '\r' || true)
+[ -n "$quartz" ] || { echo "FAILED: no server of the current filter mapper"; failed=1; }
+reg delete "$mapper2" /f >/dev/null || true
+run regsvr32 /s "$dll"
+types=$(reg query "$clsid\Pins" /s | grep -c 'Input\\Types\\{73646976-0000-0010-8000-00AA00389B71}\\{' || true)
+if ! reg query "$clsid" /v Merit | grep -q 0x800000 || [ "$types" != 12 ]; then
+  echo "FAILED: the older mapper holds merit and $types input types, not 0x800000 and 12"
+  failed=1
+fi
+run regsvr32 /s /u "$dll"
+if reg query "$clsid" >/dev/null || reg query 'HKCR\Filter\{30515456-0000-0010-8000-00AA00389B71}' >/dev/null; then
+  echo "FAILED: the older mapper's entries outlived regsvr32 /u"; failed=1
+fi
+reg add "$mapper2" /ve /d "$quartz" /f >/dev/null || true
+reg add "$mapper2" /v ThreadingModel /d Both /f >/dev/null || true
 timeout 120 "$wineserver" -w
 
 echo "== byte comparison with the native build"
