@@ -31,6 +31,31 @@ cmake -S . -B build/windows -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTARO_WERROR
   -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" >/dev/null
 cmake --build build/windows -j "$jobs"
 
+failed=0
+dll_file=build/windows/Codec.Vantaro.x64.dll
+echo "== the DLL's imports and exports"
+# Linked statically: system DLLs only, no MinGW runtime.
+imports=$(x86_64-w64-mingw32-objdump -p "$dll_file" | sed -n 's/^\tDLL Name: //p' | tr 'A-Z' 'a-z' | sort)
+echo "imports:" $imports
+for name in $imports; do
+  case "$name" in
+    kernel32.dll | user32.dll | advapi32.dll | ole32.dll | winmm.dll | msvcrt.dll) ;;
+    *) echo "FAILED: imports $name"; failed=1 ;;
+  esac
+done
+# Exactly the names of the module-definition file, undecorated.
+exports=$(x86_64-w64-mingw32-objdump -p "$dll_file" |
+  sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' | sort)
+listed=$(sed -n '/^EXPORTS/,$p' src/platform/windows/Codec.Vantaro.x64.def |
+  sed -e 's/;.*//' -e 's/PRIVATE//' | tr -d ' \t' | grep -v '^EXPORTS$' | grep . | sort)
+if [ "$exports" != "$listed" ]; then
+  echo "FAILED: the exports differ from the module-definition file:"
+  diff <(echo "$listed") <(echo "$exports") || true
+  failed=1
+else
+  echo "exports: $(echo "$exports" | wc -l) names, as listed"
+fi
+
 results="$root/build/windows-results"
 rm -rf "$results"
 mkdir -p "$results/native" "$results/windows"
@@ -57,7 +82,6 @@ echo "== Wine prefix"
 timeout 180 "$wine" wineboot -i >/dev/null 2>&1
 timeout 120 "$wineserver" -w
 
-failed=0
 run() {
   echo "== $*"
   timeout 120 "$wine" "$@" || { echo "FAILED (exit $?): $*"; failed=1; }
