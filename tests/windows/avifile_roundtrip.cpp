@@ -17,18 +17,6 @@ namespace {
 
 using namespace sample_frames;
 
-BITMAPINFOHEADER RgbHeader() {
-  BITMAPINFOHEADER header{};
-  header.biSize = sizeof header;
-  header.biWidth = kWidth;
-  header.biHeight = kHeight;  // bottom-up, as the file library expects RGB
-  header.biPlanes = 1;
-  header.biBitCount = kRgb24.bitCount;
-  header.biCompression = BI_RGB;
-  header.biSizeImage = static_cast<DWORD>(FrameBytes(kRgb24));
-  return header;
-}
-
 bool WriteFile(const std::string& path) {
   PAVIFILE file = nullptr;
   if (!EXPECT(AVIFileOpenA(&file, path.c_str(), OF_CREATE | OF_WRITE, nullptr) == AVIERR_OK)) {
@@ -52,7 +40,7 @@ bool WriteFile(const std::string& path) {
   options.dwKeyFrameEvery = 1;
   options.dwQuality = ICQUALITY_DEFAULT;
   ok = ok && EXPECT(AVIMakeCompressedStream(&compressed, raw, &options, nullptr) == AVIERR_OK);
-  BITMAPINFOHEADER source = RgbHeader();
+  BITMAPINFOHEADER source = PictureHeader<BITMAPINFOHEADER>(kRgb24);
   ok = ok && EXPECT(AVIStreamSetFormat(compressed, 0, &source, sizeof source) == AVIERR_OK);
   for (int f = 0; f < kAviFrames && ok; ++f) {
     std::vector<uint8_t> picture = SourcePicture(kRgb24, f);
@@ -80,7 +68,7 @@ void ReadStreams(PAVISTREAM stream, const std::string& directory) {
 
 // The pictures, decompressed by the codec at the library's request.
 void ReadPictures(PAVISTREAM stream, const std::string& directory) {
-  BITMAPINFOHEADER wanted = RgbHeader();
+  BITMAPINFOHEADER wanted = PictureHeader<BITMAPINFOHEADER>(kRgb24);
   PGETFRAME frames = AVIStreamGetFrameOpen(stream, &wanted);
   if (!EXPECT(frames != nullptr)) return;
   for (int f = 0; f < kAviFrames; ++f) {

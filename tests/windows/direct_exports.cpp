@@ -39,13 +39,7 @@ void CaptureFaults(HMODULE module, const std::string& directory) {
   const auto decompressBegin = Export<BeginFn>(module, "VTC_DecompressFieldBegin");
   const auto decompressFrame = Export<FrameFn>(module, "VTC_DecompressFrame");
   const auto decompressEnd = Export<EndFn>(module, "VTC_DecompressFieldEnd");
-  BITMAPINFOHEADER header{};
-  header.biSize = sizeof header;
-  header.biWidth = kWidth;
-  header.biHeight = kHeight;
-  header.biPlanes = 1;
-  header.biBitCount = kYuy2.bitCount;
-  header.biCompression = kYuy2.compression;
+  const auto header = PictureHeader<BITMAPINFOHEADER>(kYuy2);
   void* encoder = compressBegin(&header, kGraphFourCC);
   void* decoder = decompressBegin(&header, kGraphFourCC);
   std::vector<uint8_t> stream(kGraphFrameRoom);

@@ -49,13 +49,7 @@ std::vector<std::vector<uint8_t>> CompressFrames(const char* dllPath,
       !Find(module, "VTC_CompressFieldEnd", &x.compressEnd)) {
     return streams;
   }
-  BITMAPINFOHEADER header{};
-  header.biSize = sizeof header;
-  header.biWidth = kWidth;
-  header.biHeight = kHeight;
-  header.biPlanes = 1;
-  header.biBitCount = kYuy2.bitCount;
-  header.biCompression = kYuy2.compression;
+  const auto header = PictureHeader<BITMAPINFOHEADER>(kYuy2);
   void* encoder = x.compressBegin(&header, kGraphFourCC);
   for (int f = 0; f < kGraphFrames && EXPECT(encoder != nullptr); ++f) {
     const std::vector<uint8_t> picture = SourcePicture(kYuy2, f);

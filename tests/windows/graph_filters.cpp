@@ -1,5 +1,6 @@
 #include "graph_filters.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace graph_test {
@@ -99,8 +100,10 @@ class PinEnumerator final : public Counted<IEnumPins> {
     return given == count ? S_OK : S_FALSE;
   }
   HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
-    if (count > 0) done_ = true;
-    return done_ && count > 1 ? S_FALSE : S_OK;
+    if (count == 0) return S_OK;
+    const bool skipped = !done_ && count == 1;
+    done_ = true;
+    return skipped ? S_OK : S_FALSE;
   }
   HRESULT STDMETHODCALLTYPE Reset() override {
     done_ = false;

@@ -17,15 +17,7 @@ namespace {
 using sample_frames::Layout;
 
 BITMAPINFOHEADER Header(const Layout& layout) {
-  BITMAPINFOHEADER header{};
-  header.biSize = sizeof header;
-  header.biWidth = sample_frames::kWidth;
-  header.biHeight = sample_frames::kHeight;
-  header.biPlanes = 1;
-  header.biBitCount = layout.bitCount;
-  header.biCompression = layout.compression;
-  header.biSizeImage = static_cast<uint32_t>(sample_frames::FrameBytes(layout));
-  return header;
+  return sample_frames::PictureHeader<BITMAPINFOHEADER>(layout);
 }
 
 int64_t Address(const void* p) { return static_cast<int64_t>(reinterpret_cast<intptr_t>(p)); }

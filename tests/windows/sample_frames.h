@@ -83,6 +83,21 @@ constexpr size_t FrameBytes(const Layout& layout) {
   return static_cast<size_t>(kWidth) * kHeight * layout.bitCount / 8;
 }
 
+// The picture description of `layout` at the test size, positive height (RGB
+// bottom-up), for either side's bitmap header record.
+template <typename BitmapHeader>
+BitmapHeader PictureHeader(const Layout& layout) {
+  BitmapHeader header{};
+  header.biSize = sizeof header;
+  header.biWidth = kWidth;
+  header.biHeight = kHeight;
+  header.biPlanes = 1;
+  header.biBitCount = layout.bitCount;
+  header.biCompression = layout.compression;
+  header.biSizeImage = static_cast<uint32_t>(FrameBytes(layout));
+  return header;
+}
+
 // A picture with structure at every scale (ramps, a product term, noise) so
 // that every block codes coefficients; `frame` shifts it.
 inline std::vector<uint8_t> SourcePicture(const Layout& layout, int frame) {

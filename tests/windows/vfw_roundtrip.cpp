@@ -18,18 +18,6 @@ namespace {
 
 using sample_frames::Layout;
 
-BITMAPINFOHEADER Header(const Layout& layout) {
-  BITMAPINFOHEADER header{};
-  header.biSize = sizeof header;
-  header.biWidth = sample_frames::kWidth;
-  header.biHeight = sample_frames::kHeight;
-  header.biPlanes = 1;
-  header.biBitCount = layout.bitCount;
-  header.biCompression = layout.compression;
-  header.biSizeImage = static_cast<DWORD>(sample_frames::FrameBytes(layout));
-  return header;
-}
-
 // Result codes come back as DWORD; the driver's are signed 32-bit.
 int32_t Code(DWORD result) { return static_cast<int32_t>(result); }
 int32_t Code(LRESULT result) { return static_cast<int32_t>(result); }
@@ -102,7 +90,7 @@ void CheckMessages() {
 
 bool RoundTrip(const std::string& directory, const sample_frames::VfwCase& c) {
   const std::vector<uint8_t> source = sample_frames::SourcePicture(c.source, 0);
-  BITMAPINFOHEADER input = Header(c.source);
+  BITMAPINFOHEADER input = sample_frames::PictureHeader<BITMAPINFOHEADER>(c.source);
   BITMAPINFOHEADER compressed{};
 
   HIC compressor = ICOpen(ICTYPE_VIDEO, c.fourcc, ICMODE_COMPRESS);
@@ -131,7 +119,7 @@ bool RoundTrip(const std::string& directory, const sample_frames::VfwCase& c) {
 
   HIC decompressor = ICOpen(ICTYPE_VIDEO, c.fourcc, ICMODE_DECOMPRESS);
   if (!EXPECT(decompressor != nullptr)) return false;
-  BITMAPINFOHEADER picture = Header(c.output);
+  BITMAPINFOHEADER picture = sample_frames::PictureHeader<BITMAPINFOHEADER>(c.output);
   std::vector<uint8_t> pixels(sample_frames::FrameBytes(c.output));
   compressed.biSizeImage = static_cast<DWORD>(stream.size());
   EXPECT(Code(ICDecompressQuery(decompressor, &compressed, &picture)) == ICERR_OK);
