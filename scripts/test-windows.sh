@@ -97,6 +97,14 @@ reg() { timeout 60 "$wine" reg "$@" 2>/dev/null; }
 if reg query "$clsid" >/dev/null; then
   echo "FAILED: the class key outlived regsvr32 /u"; failed=1
 fi
+# Each filter the graphs made read its two settings, writing the defaults
+# where they were missing.
+settings=$(reg query 'HKCU\Software\Quorin\VTQ' | tr -d '\r' || true)
+if ! grep -Eq 'InterlaceFlags +REG_DWORD +0x25$' <<<"$settings" ||
+   ! grep -Eq 'TypeSpecificFlags +REG_DWORD +0x4$' <<<"$settings"; then
+  echo "FAILED: the filter's settings are not the defaults 37 and 4:"; echo "$settings"
+  failed=1
+fi
 
 # Registration through the older filter mapper, which it falls back to when
 # the current one can't be made: hide the current one's server, register,
