@@ -37,8 +37,11 @@ Outcome Vantaro(const std::string& args) {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text};
 }
 
+// A fresh folder per test, so nothing another test left can pass for output.
 fs::path Dir() {
-    const fs::path d = fs::temp_directory_path() / "vantaro_cli_test";
+    const fs::path d = fs::temp_directory_path() / "vantaro_cli_test" /
+                       ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    fs::remove_all(d);
     fs::create_directories(d);
     return d;
 }
