@@ -13,5 +13,6 @@ struct UsageError : UserError {
 int encode_command(int argc, char** argv);
 int decode_command(int argc, char** argv);
 int info_command(int argc, char** argv);
+int demo_command(int argc, char** argv);
 
 }  // namespace vantaro::tool
