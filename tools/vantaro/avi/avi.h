@@ -51,7 +51,6 @@ private:
     AviVideo video_;
     uint64_t riff_limit_;
     std::vector<Entry> segment_;                  // frames of the current segment
-    std::vector<Entry> first_segment_;            // kept for idx1
     std::vector<uint8_t> super_entries_;          // 16 bytes per ix00
     uint64_t riff_start_ = 0, movi_start_ = 0;
     uint64_t avih_frames_at_ = 0, strh_length_at_ = 0, strh_buffer_at_ = 0;

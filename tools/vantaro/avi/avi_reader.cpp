@@ -53,7 +53,7 @@ void AviReader::walk(uint64_t begin, uint64_t end, int depth) {
                 ++stream_count_;
             }
             walk(body + 4, std::min(body + size, end), depth + 1);
-        } else if (id == fourcc("JUNK") || id == fourcc("idx1") || (id & 0xffff) == fourcc("ix00")) {
+        } else if (id == fourcc("JUNK") || id == fourcc("idx1") || (id & 0xffff) == (fourcc("ix00") & 0xffff)) {
             // Padding and indexes: the walk itself finds every frame.
         } else if (size <= kMaxHeaderChunk && (id == fourcc("strh") || id == fourcc("strf") ||
                                                id == fourcc("vprp"))) {

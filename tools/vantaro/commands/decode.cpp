@@ -89,6 +89,7 @@ int decode_command(int argc, char** argv) {
         throw UsageError("usage: vantaro decode INPUT.avi -o OUTPUT [--format FORMAT] [--frames FIRST:LAST]");
     const std::string input = a.positional[0], output = a.value("-o");
     const int32_t threads = a.number("--threads", default_threads(), 1, 64);
+    if (input == "-") throw UsageError("AVI input must be a file: its index and segments are read out of order");
     AviReader reader(input);
     const AviVideo& v = reader.video();
     const Variant* variant = find_variant(v.fourcc);
