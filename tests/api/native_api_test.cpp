@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "vantaro/vantaro.h"
+#include "vantaro/vantaro.hpp"
 
 namespace {
 
@@ -95,8 +95,11 @@ TEST(NativeApi, RoundTripsEveryVariantAndPlanarFormatAtOddAndEvenSizes) {
                                 format == VANTARO_FORMAT_YUVA422P || format == VANTARO_FORMAT_YUVA444P;
         const bool alphaStream = fourcc != VANTARO_FOURCC_VTQ0 && fourcc != VANTARO_FOURCC_VTQ2 &&
                                  fourcc != VANTARO_FOURCC_VTQ4;
-        if (alphaPlane && alphaStream) EXPECT_GT(Psnr(in, out, 3, s[0], s[1]), 38.0);
-        if (alphaPlane && !alphaStream) EXPECT_EQ(out.pic.planes[3][0], 255);
+        if (alphaPlane && alphaStream) {
+          EXPECT_GT(Psnr(in, out, 3, s[0], s[1]), 38.0);
+        } else if (alphaPlane) {
+          EXPECT_EQ(out.pic.planes[3][0], 255);
+        }
       }
     }
   }
@@ -225,6 +228,23 @@ TEST(NativeApi, TruncatedAndLyingFramesAnswerStatusesOrDamage) {
     EXPECT_EQ(report.damaged_slices, 1u << 6);
     EXPECT_EQ(report.damaged_count, 1u);
   }
+}
+
+TEST(NativeApi, CppWrapperOwnsHandlesAndPassesStatuses) {
+  const Picture in = Make(VANTARO_FORMAT_YUVA422P, 40, 20);
+  Picture out(VANTARO_FORMAT_YUVA422P, 40, 20);
+  vantaro::Encoder encoder;
+  ASSERT_EQ(vantaro::Encoder::Create(VANTARO_FOURCC_VTQ7, 40, 20, 95, nullptr, encoder), VANTARO_OK);
+  std::vector<uint8_t> frame(vantaro::FrameBound(VANTARO_FOURCC_VTQ7, 40, 20));
+  size_t written = 0;
+  EXPECT_EQ(encoder.Encode(in.pic, std::span(frame).first(4), written), VANTARO_ERROR_BUFFER_TOO_SMALL);
+  ASSERT_EQ(encoder.Encode(in.pic, frame, written), VANTARO_OK);
+  vantaro::Decoder decoder;
+  EXPECT_EQ(vantaro::Decoder::Create(VANTARO_FOURCC_VTQ7, 0, 20, nullptr, decoder), VANTARO_ERROR_BAD_SIZE);
+  EXPECT_FALSE(decoder);
+  ASSERT_EQ(vantaro::Decoder::Create(VANTARO_FOURCC_VTQ7, 40, 20, nullptr, decoder), VANTARO_OK);
+  EXPECT_EQ(decoder.Decode(std::span(frame).first(written), out.pic), VANTARO_OK);
+  EXPECT_GT(Psnr(in, out, 3, 40, 20), 38.0);
 }
 
 }  // namespace
