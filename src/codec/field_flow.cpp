@@ -167,6 +167,10 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
   const Kernels& kernels = ActiveKernels();
   for (uint32_t slice = 0; slice < kSlicesPerField; ++slice) {
     if (static_cast<int>(slice) >= plan.faultAtSlice) {
+      if (extent.damage != nullptr) {
+        *extent.damage |= (0xFu << (4 * (field & 1))) & ~((1u << (4 * (field & 1) + slice)) - 1u);
+        return 0;
+      }
       CaptureFault(instance, picture, stream, stride, field, plan, extent);
       return 0;
     }
@@ -180,6 +184,10 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
     }
     BitReader reader{24, stream + plan.sliceStart[slice], plan.end};
     if (walk(*instance, kernels, picture, chroma, reader, stride, slice) != Status::kOk) {
+      if (extent.damage != nullptr) {
+        *extent.damage |= 1u << (4 * (field & 1) + slice);
+        continue;
+      }
       CaptureFault(instance, picture, stream, stride, field, plan, extent);
       return 0;
     }

@@ -33,6 +33,9 @@ Status CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
 struct DecodeExtent {
   size_t streamSize = 0;
   size_t pictureReadable = 0;  // bytes readable from the field's `picture`; 0 if unknown
+  // Where set, a fault is not captured: the slice's bit (4 * field + slice)
+  // is set here and the walk goes on with the next slice.
+  uint32_t* damage = nullptr;
 };
 
 // Reads one field from the frame at `stream`. Always answers 0. A decoding

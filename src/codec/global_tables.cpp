@@ -28,7 +28,7 @@ void BuildColorLuts(GlobalTables& t) {
 
 uint32_t BitLength(uint32_t magnitude) {
   uint32_t size = 0;
-  while (magnitude >> size) ++size;
+  while (size < 32 && (magnitude >> size) != 0) ++size;
   return size;
 }
 
@@ -36,8 +36,8 @@ uint32_t BitLength(uint32_t magnitude) {
 // would need size 12, past the rows; reading DcSizeCode[12] for it was the
 // undefined behaviour that once made the optimiser drop this builder's calls.
 void BuildDcTable(DcCodeTable& t, bool luma) {
-  for (int32_t i = 1; i < 4096; ++i) {
-    const int32_t d = i - 2048;
+  for (int32_t d = -2047; d < 2048; ++d) {
+    const int32_t i = d + 2048;
     const uint32_t size = BitLength(static_cast<uint32_t>(d < 0 ? -d : d));
     const uint32_t extra = d >= 0 ? static_cast<uint32_t>(d)
                                   : static_cast<uint32_t>((1 << size) + d - 1);
