@@ -29,7 +29,11 @@ struct Outcome {
 
 // Runs the program through the shell with stderr captured.
 Outcome Vantaro(const std::string& args) {
-    const fs::path err = fs::temp_directory_path() / "vantaro_cli_stderr.txt";
+    // One capture file per test: ctest runs the cases side by side.
+    const fs::path err = fs::temp_directory_path() /
+                         ("vantaro_cli_stderr_" +
+                          std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                          ".txt");
     const std::string cmd = std::string(VANTARO_CLI_PATH) + " " + args + " 2>" + err.string();
     const int status = std::system(cmd.c_str());
     std::ifstream in(err);
