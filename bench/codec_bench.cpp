@@ -1,7 +1,8 @@
 // Whole-frame encode and decode speed on the 1920x1080 photographs, one
 // benchmark per stream variant and a natural layout for it. Run with
 // --benchmark_repetitions=5 --benchmark_report_aggregates_only=true and quote
-// medians; VANTARO_SCALAR=1 measures the scalar kernels.
+// medians; VANTARO_SCALAR=1 measures the scalar kernels. Kernels/<family>/
+// <level> times each kernel family on each level present.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -10,7 +11,8 @@
 #include <vector>
 
 #include "bench_pictures.h"
-#include "codec/vector_kernels.h"
+#include "kernel_bench.h"
+#include "codec/kernels.h"
 #include "vantaro/vantaro.h"
 
 namespace {
@@ -94,7 +96,9 @@ const Case kCases[] = {
 
 int main(int argc, char** argv) {
   const char* scalar = std::getenv("VANTARO_SCALAR");
-  if (scalar != nullptr && std::strcmp(scalar, "0") != 0) vantaro::SetVectorKernelsEnabled(false);
+  if (scalar != nullptr && std::strcmp(scalar, "0") != 0) {
+    vantaro::SetKernelOverride(vantaro::KernelOverride::kScalar);
+  }
   for (const char* photo : {"forest-path", "fallen-leaf"}) {
     for (const Case& c : kCases) {
       const std::string suffix = std::string(c.variant) + "/" + c.layout + "/" + photo;
@@ -104,6 +108,7 @@ int main(int argc, char** argv) {
           ->Unit(benchmark::kMillisecond);
     }
   }
+  vantaro::bench::RegisterKernelBenchmarks();
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

@@ -12,7 +12,7 @@
 
 #include "codec/codec_instance.h"
 #include "codec/field_flow.h"
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 #include "diagnostics/fault_capture.h"
 
 namespace {
@@ -44,18 +44,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint32_t cs = kLayouts[(data[0] >> 3) % 12];
   const int32_t width = 16 * (1 + (data[1] & 3)) + ((data[1] >> 2) & 7);
   const int32_t height = 1 + (data[1] >> 5) * 13 + (data[2] & 31);
-  vantaro::SetVectorKernelsEnabled((data[2] & 32) == 0);
+  vantaro::SetKernelOverride((data[2] & 32) == 0 ? vantaro::KernelOverride::kAutomatic
+                                                  : vantaro::KernelOverride::kScalar);
   data += 3;
   size -= 3;
 
   vantaro::CodecInstance inst{};
-  vantaro::InitInstance(&inst);
+  if (vantaro::InitInstance(&inst) != vantaro::Status::kOk) return 0;
   vantaro::SetStreamFormat(&inst, fourcc);
   inst.colorSpace = cs;
   inst.width = width;
   inst.height = height;
 
-  const int32_t stride = width * vantaro::MainPlaneBytesPerPixel(cs);
+  const int32_t stride = width * vantaro::LayoutOf(cs).pixelBytes;
   const size_t mainBytes = static_cast<size_t>(stride) * height * (cs == vantaro::kCsUYVA ? 2 : 1);
   std::vector<uint8_t> picture(mainBytes + (cs == vantaro::kCsUYVA ? width : 0));
   std::vector<uint8_t> chroma(vantaro::IsPlanar(cs) ? ChromaBytes(cs, stride, height) : 0);

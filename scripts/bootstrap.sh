@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs whatever the build needs and this machine lacks (Debian 12).
+# Installs whatever the build needs and this machine lacks (Debian 12);
+# `--bench` adds what the benchmarks need (Google Benchmark, libpng).
 set -euo pipefail
 
 need=()
@@ -7,9 +8,11 @@ command -v cmake >/dev/null 2>&1 || need+=(cmake)
 command -v ninja >/dev/null 2>&1 || need+=(ninja-build)
 command -v g++ >/dev/null 2>&1 || need+=(g++)
 [ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
-[ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)
-[ -f /usr/include/png.h ] || need+=(libpng-dev)
-[ -f /usr/include/zlib.h ] || need+=(zlib1g-dev)
+if [ "${1:-}" = "--bench" ]; then
+  [ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)
+  [ -f /usr/include/png.h ] || need+=(libpng-dev)
+  [ -f /usr/include/zlib.h ] || need+=(zlib1g-dev)
+fi
 
 if [ ${#need[@]} -gt 0 ]; then
   echo "Installing: ${need[*]}"

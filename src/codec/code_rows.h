@@ -29,6 +29,9 @@ constexpr uint32_t ReverseBits(uint32_t value, uint32_t length) {
   return r;
 }
 
+// A canonical code as it lies in the stream: first transmitted bit lowest.
+constexpr uint32_t StreamOrder(CanonicalCode c) { return ReverseBits(c.bits, c.length); }
+
 // DC size codes by size 0..11: luma (also DCT alpha) and chroma.
 struct DcSizeRow {
   const char* luma;
@@ -45,8 +48,10 @@ struct AcRow {
 constexpr int kAcRowCount = 121;
 extern const AcRow AcBaseTable[kAcRowCount];
 
+// The block syntax's fixed codes, and the end marker of a run/value alpha half.
 constexpr const char* kEndOfBlockCode = "0110";
 constexpr const char* kEscapePrefix = "000001";
+constexpr const char* kAlphaEndMarker = "110";
 
 // Zigzag scan: raster index (row * 8 + column) of scan position s.
 extern const uint8_t ZigzagScan[64];

@@ -1,23 +1,11 @@
 #include "codec/codec_instance.h"
 
-#include <new>
-
+#include "codec/allocation.h"
 #include "codec/quantiser.h"
+#include "codec/wrapping.h"
 #include "diagnostics/codec_log.h"
 
 namespace vantaro {
-
-const char* const ColorSpaceNames[kColorSpaceCount] = {
-    "Invalid", "csNV12", "csNV16", "csNV24", "csYA20", "csYA22",  "csYA44",
-    "csYV12",  "csYUY2", "csUYVY", "csUYVA", "csAYUV", "csRGB24", "csRGB32",
-};
-
-// Bytes per pixel of a line as the driver counts it. The planar entries say 2
-// although a luma plane has one byte a pixel: the driver's line length for
-// them comes from here, and its decompress path relies on it.
-const int32_t ColorSpaceStep[kColorSpaceCount] = {1, 2, 2, 2, 2, 2, 2, 1, 2, 2, 2, 4, 3, 4};
-const int32_t ColorSpaceBits[kColorSpaceCount] = {8, 12, 16, 24, 12, 16, 24, 8, 16, 16, 24, 32, 24, 32};
-const uint8_t ColorSpaceHasAlpha[kColorSpaceCount] = {0, 0, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 0, 1};
 
 namespace {
 
@@ -45,8 +33,6 @@ const StreamVariant* FindVariant(uint32_t fourcc) {
   return nullptr;
 }
 
-int32_t Abs32(int32_t v) { return v < 0 ? static_cast<int32_t>(0u - static_cast<uint32_t>(v)) : v; }
-
 }  // namespace
 
 bool IsStreamFourCC(uint32_t fourcc, uint32_t* upper) {
@@ -62,13 +48,15 @@ const char* StreamFourCCLabel(uint32_t upperFourcc) {
   return nullptr;
 }
 
-void InitInstance(CodecInstance* instance) {
+Status InitInstance(CodecInstance* instance) {
   instance->frameBase = nullptr;
   instance->quality = 0;
-  instance->reciprocalTable =
-      static_cast<float*>(::operator new(64 * sizeof(float), std::align_val_t{16}));
-  instance->multiplierTable =
-      static_cast<uint16_t*>(::operator new(64 * sizeof(uint16_t), std::align_val_t{16}));
+  instance->reciprocalTable = static_cast<float*>(AllocateAligned(64 * sizeof(float)));
+  instance->multiplierTable = static_cast<uint16_t*>(AllocateAligned(64 * sizeof(uint16_t)));
+  if (instance->reciprocalTable == nullptr || instance->multiplierTable == nullptr) {
+    ReleaseInstance(instance);
+    return Status::kOutOfMemory;
+  }
   SetQuality(instance, 96);
   instance->topDown = 0;
   // Defined values for an instance whose FourCC turns out unknown.
@@ -79,17 +67,30 @@ void InitInstance(CodecInstance* instance) {
   instance->hasAlpha = 0;
   instance->dctAlpha = 0;
   instance->colorSpace = kCsInvalid;
+  return Status::kOk;
 }
 
 void ReleaseInstance(CodecInstance* instance) {
-  if (instance->multiplierTable != nullptr) {
-    ::operator delete(instance->multiplierTable, std::align_val_t{16});
-    instance->multiplierTable = nullptr;
+  FreeAligned(instance->multiplierTable);
+  instance->multiplierTable = nullptr;
+  FreeAligned(instance->reciprocalTable);
+  instance->reciprocalTable = nullptr;
+}
+
+CodecInstance* CreateInstance() {
+  auto* instance = static_cast<CodecInstance*>(AllocateAligned(sizeof(CodecInstance)));
+  if (instance == nullptr) return nullptr;
+  if (InitInstance(instance) != Status::kOk) {
+    FreeAligned(instance);
+    return nullptr;
   }
-  if (instance->reciprocalTable != nullptr) {
-    ::operator delete(instance->reciprocalTable, std::align_val_t{16});
-    instance->reciprocalTable = nullptr;
-  }
+  return instance;
+}
+
+void DestroyInstance(CodecInstance* instance) {
+  if (instance == nullptr) return;
+  ReleaseInstance(instance);
+  FreeAligned(instance);
 }
 
 void SetStreamFormat(CodecInstance* instance, uint32_t fourcc) {
@@ -127,12 +128,12 @@ int32_t ColorSpaceFromHeader(const BITMAPINFOHEADER* header) {
 
 int64_t BeginCompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader) {
   instance->width = inputHeader->biWidth;
-  instance->height = Abs32(inputHeader->biHeight);
+  instance->height = WrapAbs(inputHeader->biHeight);
   instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(inputHeader));
   CodecLog("CompressBegin", "Resolution = %dx%d (%s)", instance->width, instance->height,
-           ColorSpaceNames[instance->colorSpace]);
+           LayoutOf(instance->colorSpace).name);
   const uint8_t a = instance->hasAlpha;
-  const uint8_t c = ColorSpaceHasAlpha[instance->colorSpace];
+  const uint8_t c = LayoutOf(instance->colorSpace).hasAlpha;
   if (instance->colorSpace == kCsInvalid) return kIcErrBadFormat;
   if (a == 0 && c == 1) return kIcErrBadFormat;
   // An RGB24 source may feed an alpha stream; its alpha is simply absent.
@@ -143,13 +144,13 @@ int64_t BeginCompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHead
 int64_t BeginDecompress(CodecInstance* instance, const BITMAPINFOHEADER* inputHeader,
                         const BITMAPINFOHEADER* outputHeader) {
   if (inputHeader->biWidth != outputHeader->biWidth ||
-      Abs32(inputHeader->biHeight) != Abs32(outputHeader->biHeight)) {
+      WrapAbs(inputHeader->biHeight) != WrapAbs(outputHeader->biHeight)) {
     return kIcErrBadFormat;
   }
   instance->width = inputHeader->biWidth;
-  instance->height = Abs32(inputHeader->biHeight);
+  instance->height = WrapAbs(inputHeader->biHeight);
   instance->colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(outputHeader));
-  CodecLog("DecompressBegin", "ColorSpace = %s", ColorSpaceNames[instance->colorSpace]);
+  CodecLog("DecompressBegin", "ColorSpace = %s", LayoutOf(instance->colorSpace).name);
   return kIcErrOk;
 }
 

@@ -1,36 +1,14 @@
-// The per-stream state that every codec function takes first, the stream
-// variants, and the uncompressed layouts (colour spaces).
+// The per-stream state that every codec function takes first, and the stream
+// variants. The uncompressed layouts are described in codec/layout_facts.h.
 #pragma once
 
 #include <cstdint>
 
+#include "codec/layout_facts.h"
+#include "codec/status.h"
 #include "platform/platform_types.h"
 
 namespace vantaro {
-
-// Uncompressed pixel layouts. 7 has a name and no code: nothing maps to it.
-enum ColorSpace : uint32_t {
-  kCsInvalid = 0,
-  kCsNV12 = 1,
-  kCsNV16 = 2,
-  kCsNV24 = 3,
-  kCsYA20 = 4,
-  kCsYA22 = 5,
-  kCsYA44 = 6,
-  kCsYV12 = 7,
-  kCsYUY2 = 8,
-  kCsUYVY = 9,
-  kCsUYVA = 10,
-  kCsAYUV = 11,
-  kCsRGB24 = 12,
-  kCsRGB32 = 13,
-};
-constexpr uint32_t kColorSpaceCount = 14;
-
-// The planar layouts carry a second plane of interleaved U, V.
-constexpr bool IsPlanar(uint32_t colorSpace) {
-  return colorSpace >= kCsNV12 && colorSpace <= kCsYA44;
-}
 
 struct CodecInstance {
   float* reciprocalTable;     // 64 encoder reciprocals, 16-byte aligned, owned
@@ -47,17 +25,17 @@ struct CodecInstance {
   uint32_t quality;           // 100 minus the quantiser scale
 };
 
-// Global colour-space tables, indexed by ColorSpace.
-extern const char* const ColorSpaceNames[kColorSpaceCount];
-extern const int32_t ColorSpaceStep[kColorSpaceCount];
-extern const int32_t ColorSpaceBits[kColorSpaceCount];
-extern const uint8_t ColorSpaceHasAlpha[kColorSpaceCount];
-
 // Constructs in place: null frameBase, tables allocated, quality 96, format
 // fields zeroed (an unknown FourCC then leaves a defined, empty instance).
-void InitInstance(CodecInstance* instance);
+// kOutOfMemory leaves no table allocated.
+Status InitInstance(CodecInstance* instance);
 // Frees both tables; each step skipped if already null.
 void ReleaseInstance(CodecInstance* instance);
+
+// A heap instance, initialised; null when any of its allocations fails, with
+// nothing left allocated. DestroyInstance takes null.
+CodecInstance* CreateInstance();
+void DestroyInstance(CodecInstance* instance);
 
 // Accepts the eight stream FourCCs in either case; anything else is ignored.
 void SetStreamFormat(CodecInstance* instance, uint32_t fourcc);

@@ -29,80 +29,70 @@ bool SliceHasMacroblocks(const CodecInstance& instance, uint32_t slice) {
 }
 
 // The slice steps: length placeholder, the walk, the length, byte alignment.
-void EncodeSlice(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
-                 const uint8_t* chroma, int32_t stride, uint32_t slice) {
+Status EncodeSlice(const CodecInstance& instance, const Kernels& kernels, BitWriter& writer,
+                   const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t slice) {
   const ChromaArm arm = ArmFor(instance.chromaFamily, instance.dctAlpha);
-  if (arm == ChromaArm::kNone) return;
-  if (!RoomFor(writer, 3)) throw EncodeError("stream buffer too small");
+  if (arm == ChromaArm::kNone) return Status::kOk;
+  if (!RoomFor(writer, 3)) return Status::kDoesNotFit;
   const uint32_t start = writer.bitPos;
   PutCode(writer, 0, 24);
   const EncodeSliceWalkFn walk =
       FindEncodeSliceWalk(arm, instance.colorSpace, instance.hasAlpha != 0);
   if (walk != nullptr) {
     if (IsPlanar(instance.colorSpace) && chroma == nullptr && SliceHasMacroblocks(instance, slice)) {
-      throw EncodeError("planar layout without a second plane");
+      return Status::kNoSecondPlane;
     }
-    walk(instance, writer, picture, chroma, stride, slice);
+    VANTARO_RETURN_IF_ERROR(walk(instance, kernels, writer, picture, chroma, stride, slice));
   }
   const uint32_t startByte = (start + 7) >> 3;
   PatchLength(writer.buffer + startByte, ((writer.bitPos + 7) >> 3) - startByte);
   SkipToByte(writer);
+  return Status::kOk;
 }
 
 }  // namespace
 
-int32_t SecondFieldChromaOffset(uint32_t colorSpace, int32_t stride) {
-  if (colorSpace == kCsNV24 || colorSpace == kCsYA20 || colorSpace == kCsYA22) return stride / 2;
-  return stride;
-}
-
-int32_t MainPlaneBytesPerPixel(uint32_t colorSpace) {
-  switch (colorSpace) {
-    case kCsNV12: case kCsNV16: case kCsNV24: return 1;
-    case kCsYA20: case kCsYA22: case kCsYA44: return 2;
-    case kCsYUY2: case kCsUYVY: case kCsUYVA: return 2;
-    case kCsAYUV: case kCsRGB32: return 4;
-    case kCsRGB24: return 3;
-    default: return 0;
-  }
-}
-
-int64_t CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
-                      const uint8_t* picture, const uint8_t* chroma, int32_t stride,
-                      uint32_t field) {
+Status CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                     const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t field,
+                     int64_t* size) {
   BitWriter writer{stream, 0, 0, capacity};
   uint32_t offset = 0;
   if (field == 0) {
-    if (!RoomFor(writer, 4)) throw EncodeError("stream buffer too small");
+    if (!RoomFor(writer, 4)) return Status::kDoesNotFit;
     // A whole 32-bit store of the quality word; the 24-bit placeholder then
     // overwrites its high bytes.
     PutCode(writer, instance->quality, 8);
     PutCode(writer, 0, 24);
   } else {
-    if (capacity < 4) throw EncodeError("stream buffer too small");
+    if (capacity < 4) return Status::kDoesNotFit;
     offset = Load24(stream + 1);
-    if (offset > capacity) throw EncodeError("second-field offset outside the stream buffer");
+    if (offset > capacity) return Status::kDoesNotFit;  // the offset lies outside the buffer
     writer.buffer = stream + offset;
     writer.capacity = capacity == kUnknownSize ? kUnknownSize : capacity - offset;
   }
+  const Kernels& kernels = ActiveKernels();
   for (uint32_t slice = 0; slice < kSlicesPerField; ++slice) {
-    EncodeSlice(*instance, writer, picture, chroma, stride, slice);
+    VANTARO_RETURN_IF_ERROR(EncodeSlice(*instance, kernels, writer, picture, chroma, stride, slice));
   }
   const uint32_t bytes = (writer.bitPos + 7) >> 3;
   if (field == 0) {
     PatchLength(stream + 1, bytes);
-    return static_cast<int64_t>(bytes) + 4;
+    *size = static_cast<int64_t>(bytes) + 4;
+  } else {
+    *size = static_cast<int64_t>(static_cast<int32_t>(bytes + offset + 4));
   }
-  return static_cast<int64_t>(static_cast<int32_t>(bytes + offset + 4));
+  return Status::kOk;
 }
 
-int64_t CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
-                      const uint8_t* picture, const uint8_t* chroma, int32_t stride) {
+Status CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                     const uint8_t* picture, const uint8_t* chroma, int32_t stride,
+                     int64_t* size) {
   instance->frameBase = picture;
-  CompressField(instance, stream, capacity, picture, chroma, 2 * stride, 0);
-  const int32_t offset = SecondFieldChromaOffset(instance->colorSpace, stride);
+  VANTARO_RETURN_IF_ERROR(
+      CompressField(instance, stream, capacity, picture, chroma, 2 * stride, 0, size));
+  const int32_t offset = SecondFieldOffset(LayoutOf(instance->colorSpace), stride);
   return CompressField(instance, stream, capacity, picture + stride,
-                       chroma != nullptr ? chroma + offset : nullptr, 2 * stride, 1);
+                       chroma != nullptr ? chroma + offset : nullptr, 2 * stride, 1, size);
 }
 
 namespace {
@@ -147,7 +137,7 @@ void CaptureFault(CodecInstance* instance, uint8_t* picture, const uint8_t* stre
 // Bytes from the field's first line to the end of its last line, for a
 // top-down field of `lines` lines.
 size_t FieldReadable(const CodecInstance& instance, int32_t fieldStride, int32_t lines) {
-  const int32_t bpp = MainPlaneBytesPerPixel(instance.colorSpace);
+  const int32_t bpp = LayoutOf(instance.colorSpace).pixelBytes;
   if (fieldStride <= 0 || lines <= 0 || bpp == 0 || instance.width <= 0) return 0;
   return static_cast<size_t>(lines - 1) * static_cast<size_t>(fieldStride) +
          static_cast<size_t>(instance.width) * static_cast<size_t>(bpp);
@@ -174,6 +164,7 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
   const FieldPlan plan = PlanField(stream, field, extent.streamSize);
   const ChromaArm arm = ArmFor(instance->chromaFamily, instance->dctAlpha);
   if (arm == ChromaArm::kNone) return 0;
+  const Kernels& kernels = ActiveKernels();
   for (uint32_t slice = 0; slice < kSlicesPerField; ++slice) {
     if (static_cast<int>(slice) >= plan.faultAtSlice) {
       CaptureFault(instance, picture, stream, stride, field, plan, extent);
@@ -188,7 +179,7 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
       return 0;
     }
     BitReader reader{24, stream + plan.sliceStart[slice], plan.end};
-    if (walk(*instance, picture, chroma, reader, stride, slice) != DecodeStatus::kOk) {
+    if (walk(*instance, kernels, picture, chroma, reader, stride, slice) != Status::kOk) {
       CaptureFault(instance, picture, stream, stride, field, plan, extent);
       return 0;
     }
@@ -201,7 +192,7 @@ int64_t DecompressFrame(CodecInstance* instance, uint8_t* picture, uint8_t* chro
   instance->frameBase = picture;
   DecodeExtent extent{streamSize, FieldReadable(*instance, stride, instance->height)};
   DecompressField(instance, picture, chroma, stream, 2 * stride, 0, extent);
-  const int32_t offset = SecondFieldChromaOffset(instance->colorSpace, stride);
+  const int32_t offset = SecondFieldOffset(LayoutOf(instance->colorSpace), stride);
   extent.pictureReadable = FieldReadable(*instance, stride, instance->height - 1);
   DecompressField(instance, picture + stride, chroma != nullptr ? chroma + offset : nullptr, stream,
                   2 * stride, 1, extent);

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "codec/codec_instance.h"
+#include "codec/status.h"
 
 namespace vantaro {
 
@@ -14,16 +15,17 @@ constexpr size_t kUnknownSize = SIZE_MAX;
 // Writes one field. `stream` is the frame's start for both fields; field 0
 // writes the header, any other value reads the second-field offset the first
 // field left there. `capacity` is the writable size of `stream` (kUnknownSize
-// when the caller gave none). Result: bytes in use up to here, plus 4.
-// Throws EncodeError when the stream would not fit `capacity`, or a planar
-// layout has no second plane.
-int64_t CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
-                      const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t field);
+// when the caller gave none). On kOk, `size` gets the bytes in use up to
+// here, plus 4. kDoesNotFit when the stream would not fit `capacity` (nothing
+// is written past it), kNoSecondPlane when a planar layout has none.
+Status CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                     const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t field,
+                     int64_t* size);
 
 // Writes both fields of the frame at `picture`, `stride` being the frame's
 // line distance. Sets `frameBase`.
-int64_t CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
-                      const uint8_t* picture, const uint8_t* chroma, int32_t stride);
+Status CompressFrame(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                     const uint8_t* picture, const uint8_t* chroma, int32_t stride, int64_t* size);
 
 // What the decoder may read and what the fault capture may copy. A zero
 // `streamSize` means the caller gave no length: the frame's own declared
@@ -43,14 +45,5 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
 // Reads both fields; sets `frameBase`. Always answers 0.
 int64_t DecompressFrame(CodecInstance* instance, uint8_t* picture, uint8_t* chroma,
                         const uint8_t* stream, int32_t stride, size_t streamSize = 0);
-
-// The second field's chroma starts this far after the first's. Half a line for
-// NV24, YA20 and YA22: right for the YA pair, whose luma lines are twice as
-// long as their chroma lines, and half a chroma line in for NV24, which both
-// directions have always done and the streams depend on.
-int32_t SecondFieldChromaOffset(uint32_t colorSpace, int32_t stride);
-
-// Bytes per pixel of the main plane of a layout (0 for Invalid and csYV12).
-int32_t MainPlaneBytesPerPixel(uint32_t colorSpace);
 
 }  // namespace vantaro

@@ -1,24 +1,10 @@
 #include "codec/global_tables.h"
 
+#include <iterator>
+
 #include "codec/code_rows.h"
 
 namespace vantaro {
-
-ColorLanes LutBlue[256];
-ColorLanes LutGreen[256];
-ColorLanes LutRed[256];
-ColorLanes LutLuma[256];
-ColorLanes LutCb[256];
-ColorLanes LutCr[256];
-DcCodeTable DcCodeLuma;
-DcCodeTable DcCodeChroma;
-uint32_t AcCodeTable[64][4096];
-uint32_t AlphaPairCode[256][128];
-uint8_t AlphaPairLength[256][128];
-uint16_t AlphaRunDecode[1024];
-uint16_t AlphaValueDecode[1024];
-uint8_t TrailingOnesTable[256];
-uint8_t TopBitTable[256];
 
 namespace {
 
@@ -28,15 +14,15 @@ int16_t Lane(int32_t coefficient, int32_t x, int32_t offset = 0) {
 
 // Coefficients are BT.601 studio-range matrix entries times 8192; the >> 8
 // leaves five fractional bits. 4112 = 128.5 * 32, 528 = 16.5 * 32.
-void BuildColorLuts() {
+void BuildColorLuts(GlobalTables& t) {
   for (int32_t x = 0; x < 256; ++x) {
-    LutBlue[x] = {{Lane(3596, x), Lane(-581, x), Lane(803, x), 0}};
-    LutGreen[x] = {{Lane(-2383, x), Lane(-3014, x), Lane(4129, x), 0}};
-    LutRed[x] = {{Lane(-1211, x, 4112), Lane(3596, x, 4112), Lane(2105, x, 528), 0}};
+    t.lutBlue[x] = {{Lane(3596, x), Lane(-581, x), Lane(803, x), 0}};
+    t.lutGreen[x] = {{Lane(-2383, x), Lane(-3014, x), Lane(4129, x), 0}};
+    t.lutRed[x] = {{Lane(-1211, x, 4112), Lane(3596, x, 4112), Lane(2105, x, 528), 0}};
     const int16_t y = Lane(9535, x - 16, 16);
-    LutLuma[x] = {{y, y, y, 0}};
-    LutCb[x] = {{Lane(16531, x - 128), Lane(-3202, x - 128), 0, 0}};
-    LutCr[x] = {{0, Lane(-6659, x - 128), Lane(13074, x - 128), 0}};
+    t.lutLuma[x] = {{y, y, y, 0}};
+    t.lutCb[x] = {{Lane(16531, x - 128), Lane(-3202, x - 128), 0, 0}};
+    t.lutCr[x] = {{0, Lane(-6659, x - 128), Lane(13074, x - 128), 0}};
   }
 }
 
@@ -46,32 +32,35 @@ uint32_t BitLength(uint32_t magnitude) {
   return size;
 }
 
-// One loop fills both DC tables. (Written against the globals directly: GCC 12
-// at -O2 dropped calls to a helper that took the table by reference.)
-void BuildDcTables() {
+// Differences -2047..2047: sizes 0..11, one code row each. -2048 (entry 0)
+// would need size 12, past the rows; reading DcSizeCode[12] for it was the
+// undefined behaviour that once made the optimiser drop this builder's calls.
+void BuildDcTable(DcCodeTable& t, bool luma) {
   for (int32_t i = 1; i < 4096; ++i) {
     const int32_t d = i - 2048;
     const uint32_t size = BitLength(static_cast<uint32_t>(d < 0 ? -d : d));
     const uint32_t extra = d >= 0 ? static_cast<uint32_t>(d)
                                   : static_cast<uint32_t>((1 << size) + d - 1);
-    const CanonicalCode luma = ParseCode(DcSizeCode[size].luma);
-    const CanonicalCode chroma = ParseCode(DcSizeCode[size].chroma);
-    DcCodeLuma.code[i] = (extra << luma.length) | ReverseBits(luma.bits, luma.length);
-    DcCodeLuma.length[i] = static_cast<uint8_t>(luma.length + size);
-    DcCodeChroma.code[i] = (extra << chroma.length) | ReverseBits(chroma.bits, chroma.length);
-    DcCodeChroma.length[i] = static_cast<uint8_t>(chroma.length + size);
+    const CanonicalCode c = ParseCode(luma ? DcSizeCode[size].luma : DcSizeCode[size].chroma);
+    t.code[i] = (extra << c.length) | StreamOrder(c);
+    t.length[i] = static_cast<uint8_t>(c.length + size);
   }
 }
+static_assert(std::size(DcSizeCode) == 12, "sizes 0..11: every difference but -2048");
 
-// The escape in stream order: prefix 000001, run in 6 bits and level + 2048
-// in 12 bits, both least significant bit first. 8192 is the prefix's one bit.
+// The escape in stream order: the prefix, run in 6 bits and level + 2048 in
+// 12 bits, both least significant bit first; 24 bits in all.
+constexpr CanonicalCode kEscape = ParseCode(kEscapePrefix);
 constexpr uint32_t EscapeEntry(int32_t level, int32_t run) {
-  return (((static_cast<uint32_t>(level + 2048) * 64) | static_cast<uint32_t>(run)) << 14) |
-         8192u | 24u;
+  const uint32_t code = StreamOrder(kEscape) | (static_cast<uint32_t>(run) << kEscape.length) |
+                        (static_cast<uint32_t>(level + 2048) << (kEscape.length + 6));
+  return (code << 8) | (kEscape.length + 18u);
 }
+static_assert(EscapeEntry(0, 0) == ((2048u * 64) << 14 | 8192u | 24u));
 
-void BuildDcAcTables() {
-  BuildDcTables();
+void BuildDcAcTables(GlobalTables& t) {
+  BuildDcTable(t.dcLuma, true);
+  BuildDcTable(t.dcChroma, false);
 
   // Row codes by (run, magnitude) for the runs and magnitudes the rows cover.
   CanonicalCode rows[32][41] = {};
@@ -86,7 +75,7 @@ void BuildDcAcTables() {
       } else if (run < 32 && m1 < 5) {
         row = &rows[run][m1 + 1];
       }
-      uint32_t& entry = AcCodeTable[run][level + 2048];
+      uint32_t& entry = t.acCode[run][level + 2048];
       if (row != nullptr && row->length != 0) {
         const uint32_t v = row->bits * 2 + (level < 0 ? 1u : 0u);
         entry = (ReverseBits(v, row->length + 1u) << 8) | (row->length + 1u);
@@ -128,69 +117,56 @@ uint16_t DecodeEntry(uint32_t result, uint32_t length) {
   return static_cast<uint16_t>((length << 8) | (result & 0xFF));
 }
 
-void BuildAlphaTables() {
+void BuildAlphaTables(GlobalTables& t) {
   for (int32_t value = 0; value < 256; ++value) {
     const AlphaCode v = AlphaValueCode(value);
     for (int32_t run = 0; run < 128; ++run) {
       const AlphaCode r = AlphaRunCode(run);
-      AlphaPairLength[value][run] = static_cast<uint8_t>(r.length + v.length);
-      AlphaPairCode[value][run] = (v.code << r.length) | r.code;
+      t.alphaPairLength[value][run] = static_cast<uint8_t>(r.length + v.length);
+      t.alphaPairCode[value][run] = (v.code << r.length) | r.code;
     }
   }
   for (uint32_t b = 0; b < 1024; ++b) {
     if ((b & 1) == 0) {
-      AlphaRunDecode[b] = DecodeEntry(0, 1);
+      t.alphaRunDecode[b] = DecodeEntry(0, 1);
     } else if ((b & 2) == 0) {
-      AlphaRunDecode[b] = DecodeEntry(((b >> 2) & 3) + 1, 4);
-    } else if ((b & 4) != 0) {
-      AlphaRunDecode[b] = DecodeEntry((b >> 3) & 127, 10);
+      t.alphaRunDecode[b] = DecodeEntry(((b >> 2) & 3) + 1, 4);
+    } else if ((b & 7) == kAlphaEndMarkerCode) {
+      t.alphaRunDecode[b] = DecodeEntry(255, kAlphaEndMarkerLength);
     } else {
-      AlphaRunDecode[b] = DecodeEntry(255, 3);
+      t.alphaRunDecode[b] = DecodeEntry((b >> 3) & 127, 10);
     }
 
     if ((b & 3) == 1) {
-      AlphaValueDecode[b] = DecodeEntry(1, 2);
+      t.alphaValueDecode[b] = DecodeEntry(1, 2);
     } else if ((b & 3) == 3) {
-      AlphaValueDecode[b] = DecodeEntry(255, 2);
+      t.alphaValueDecode[b] = DecodeEntry(255, 2);
     } else if ((b & 7) == 2) {
-      AlphaValueDecode[b] = DecodeEntry(((b >> 3) & 3) + 2, 5);
+      t.alphaValueDecode[b] = DecodeEntry(((b >> 3) & 3) + 2, 5);
     } else if ((b & 7) == 6) {
-      AlphaValueDecode[b] = DecodeEntry(254 - ((b >> 3) & 3), 5);
+      t.alphaValueDecode[b] = DecodeEntry(254 - ((b >> 3) & 3), 5);
     } else {
-      AlphaValueDecode[b] = DecodeEntry(b >> 2, 10);
+      t.alphaValueDecode[b] = DecodeEntry(b >> 2, 10);
     }
   }
 }
 
-void BuildByteTables() {
+void BuildByteTables(GlobalTables& t) {
   for (uint32_t v = 0; v < 256; ++v) {
     uint8_t ones = 0;
     while (ones < 8 && ((v >> ones) & 1)) ++ones;
-    TrailingOnesTable[v] = ones;
-    TopBitTable[v] = static_cast<uint8_t>(BitLength(v));
+    t.trailingOnes[v] = ones;
+    t.topBit[v] = static_cast<uint8_t>(BitLength(v));
   }
 }
 
 }  // namespace
 
-bool BuildGlobalTables() {
-  BuildColorLuts();
-  BuildDcAcTables();
-  BuildAlphaTables();
-  BuildByteTables();
-  return true;
+void BuildGlobalTables(GlobalTables& tables) {
+  BuildColorLuts(tables);
+  BuildDcAcTables(tables);
+  BuildAlphaTables(tables);
+  BuildByteTables(tables);
 }
-
-namespace {
-struct TableBuilder {
-  bool built = BuildGlobalTables();
-};
-// Runs before every other static initialiser of the library, so that no
-// entry point can see a table half built.
-#if defined(__GNUC__)
-__attribute__((init_priority(101)))
-#endif
-const TableBuilder g_tablesBuilt;
-}  // namespace
 
 }  // namespace vantaro

@@ -1,9 +1,12 @@
-// Tables built once at library load, before any entry point can run, and
-// read-only afterwards: colour conversion, the encoder's code tables, the
-// alpha run/value codes and two byte tables for the coefficient mask.
+// Tables built once, on first use, and read-only afterwards: colour
+// conversion, the encoder's code tables, the alpha run/value codes and two
+// byte tables for the coefficient mask.
 #pragma once
 
 #include <cstdint>
+
+#include "codec/built_once.h"
+#include "codec/code_rows.h"
 
 namespace vantaro {
 
@@ -12,45 +15,50 @@ struct alignas(8) ColorLanes {
   int16_t lane[4];
 };
 
-// RGB to YUV, indexed by the pixel's own bytes; lanes U, V, Y, 0 with five
-// fractional bits. The sum of the three entries >> 5 gives the sample.
-extern ColorLanes LutBlue[256];
-extern ColorLanes LutGreen[256];
-extern ColorLanes LutRed[256];  // holds the offsets 128.5 and 16.5
-
-// YUV to RGB; lanes blue, green, red, 0 (the output's byte order).
-extern ColorLanes LutLuma[256];  // holds the rounding half
-extern ColorLanes LutCb[256];
-extern ColorLanes LutCr[256];
-
 // DC difference codes indexed by difference + 2048: code ready for PutCode
 // (size code first, then the extra bits least significant first) and length.
-// Entry 0 (difference -2048) is empty.
+// Entry 0 (difference -2048) is empty: its size, 12, has no code row.
 struct DcCodeTable {
   uint32_t code[4096];
   uint8_t length[4096];
 };
-extern DcCodeTable DcCodeLuma;    // luma and DCT-alpha blocks
-extern DcCodeTable DcCodeChroma;
 
-// [run][level + 2048]: length in the low 8 bits, stream-order code above.
-// Sign included; combinations without a row hold the 24-bit escape.
-extern uint32_t AcCodeTable[64][4096];
+// The end marker of a run/value alpha half, in stream order.
+inline constexpr uint32_t kAlphaEndMarkerLength = ParseCode(kAlphaEndMarker).length;
+inline constexpr uint32_t kAlphaEndMarkerCode = StreamOrder(ParseCode(kAlphaEndMarker));
 
-// Alpha pairs [value][run]: the run's code first, then the value's.
-extern uint32_t AlphaPairCode[256][128];
-extern uint8_t AlphaPairLength[256][128];
-// Indexed by the next 10 stream bits: result in the low byte, code length in
-// the high byte. The run table answers 255 (length 3) for the end marker.
-extern uint16_t AlphaRunDecode[1024];
-extern uint16_t AlphaValueDecode[1024];
-constexpr uint32_t kAlphaEndMarkerCode = 3;  // "110" in stream order
-constexpr uint32_t kAlphaEndMarkerLength = 3;
+struct GlobalTables {
+  // RGB to YUV, indexed by the pixel's own bytes; lanes U, V, Y, 0 with five
+  // fractional bits. The sum of the three entries >> 5 gives the sample.
+  ColorLanes lutBlue[256];
+  ColorLanes lutGreen[256];
+  ColorLanes lutRed[256];  // holds the offsets 128.5 and 16.5
+  // YUV to RGB; lanes blue, green, red, 0 (the output's byte order).
+  ColorLanes lutLuma[256];  // holds the rounding half
+  ColorLanes lutCb[256];
+  ColorLanes lutCr[256];
 
-extern uint8_t TrailingOnesTable[256];  // consecutive one bits from bit 0
-extern uint8_t TopBitTable[256];        // index of the highest set bit plus one
+  DcCodeTable dcLuma;  // luma and DCT-alpha blocks
+  DcCodeTable dcChroma;
+  // [run][level + 2048]: length in the low 8 bits, stream-order code above.
+  // Sign included; combinations without a row hold the 24-bit escape.
+  uint32_t acCode[64][4096];
 
-// Fills every table above; runs from a static initialiser at load. Returns true.
-bool BuildGlobalTables();
+  // Alpha pairs [value][run]: the run's code first, then the value's.
+  uint32_t alphaPairCode[256][128];
+  uint8_t alphaPairLength[256][128];
+  // Indexed by the next 10 stream bits: result in the low byte, code length
+  // in the high byte. The run table answers 255 (length 3) for the end marker.
+  uint16_t alphaRunDecode[1024];
+  uint16_t alphaValueDecode[1024];
+
+  uint8_t trailingOnes[256];  // consecutive one bits from bit 0
+  uint8_t topBit[256];        // index of the highest set bit plus one
+};
+
+void BuildGlobalTables(GlobalTables& tables);
+
+// The tables, built on first use (thread-safe) and read-only after.
+inline const GlobalTables& Tables() { return BuiltOnce<GlobalTables, BuildGlobalTables>(); }
 
 }  // namespace vantaro

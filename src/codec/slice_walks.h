@@ -4,10 +4,11 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
 
 #include "codec/bit_stream.h"
 #include "codec/codec_instance.h"
+#include "codec/kernels.h"
+#include "codec/status.h"
 
 namespace vantaro {
 
@@ -24,11 +25,12 @@ constexpr ChromaArm ArmFor(uint32_t chromaFamily, uint8_t dctAlpha) {
   }
 }
 
-// Encodes one slice's macroblock rows into `writer`. `picture` is the first
+// Encodes one slice's macroblock rows into `writer` with `kernels`. `picture` is the first
 // line of the field, `chroma` the first line of its second plane (planar
-// layouts only), `stride` the field's signed line distance. May throw
-// EncodeError (the caller's buffer is too small); never anything else.
-using EncodeSliceWalkFn = void (*)(const CodecInstance& instance, BitWriter& writer,
+// layouts only), `stride` the field's signed line distance. kDoesNotFit
+// when the writer's capacity is reached, with nothing stored past it.
+using EncodeSliceWalkFn = Status (*)(const CodecInstance& instance, const Kernels& kernels,
+                                     BitWriter& writer,
                                    const uint8_t* picture, const uint8_t* chroma,
                                    int32_t stride, uint32_t slice);
 
@@ -36,21 +38,12 @@ using EncodeSliceWalkFn = void (*)(const CodecInstance& instance, BitWriter& wri
 // the slice is then written empty.
 EncodeSliceWalkFn FindEncodeSliceWalk(ChromaArm arm, uint32_t colorSpace, bool hasAlpha);
 
-class EncodeError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-enum class [[nodiscard]] DecodeStatus : uint8_t {
-  kOk,
-  kFault,  // the slice's data would lead outside the stream, the picture or the block memory
-};
-
 // Decodes one slice into the picture. `reader.bitPos` is 24, just past the
 // slice's length field. A walk never reads at or past
-// `reader.end` (it sees zero bits there) and answers kFault as soon as the
+// `reader.end` (it sees zero bits there) and answers kStreamFault as soon as the
 // position it has consumed passes `end`, or a run leaves its block.
-using DecodeSliceWalkFn = DecodeStatus (*)(const CodecInstance& instance, uint8_t* picture,
+using DecodeSliceWalkFn = Status (*)(const CodecInstance& instance, const Kernels& kernels,
+                                     uint8_t* picture,
                                            uint8_t* chroma, BitReader& reader, int32_t stride,
                                            uint32_t slice);
 

@@ -4,7 +4,7 @@
 
 #include "codec/global_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 constexpr uint32_t kHalfBytes = 128;
@@ -18,8 +18,9 @@ uint32_t Fetch(const StreamView& stream, uint64_t p) {
 // Reads one half's differences into `half`. A half that opens with the end
 // code has no differences: every line repeats the predictor.
 bool ReadHalf(uint8_t* half, const uint8_t* pred, const StreamView& stream, uint64_t& p) {
+  const GlobalTables& tables = Tables();
   uint32_t w = Fetch(stream, p);
-  uint16_t e = AlphaRunDecode[w & 0x3FF];
+  uint16_t e = tables.alphaRunDecode[w & 0x3FF];
   p += e >> 8;
   if (static_cast<int8_t>(e & 0xFF) < 0) {
     for (int line = 0; line < 8; ++line) std::memcpy(half + 16 * line, pred, 16);
@@ -31,11 +32,11 @@ bool ReadHalf(uint8_t* half, const uint8_t* pred, const StreamView& stream, uint
     const uint32_t len = e >> 8;
     dest += e & 0xFF;
     if (dest >= kHalfBytes) return false;
-    const uint16_t v = AlphaValueDecode[(w >> len) & 0x3FF];
+    const uint16_t v = tables.alphaValueDecode[(w >> len) & 0x3FF];
     half[dest++] = static_cast<uint8_t>(v & 0xFF);
     p += v >> 8;
     w = Fetch(stream, p);
-    e = AlphaRunDecode[w & 0x3FF];
+    e = tables.alphaRunDecode[w & 0x3FF];
     p += e >> 8;
   } while (static_cast<int8_t>(e & 0xFF) >= 0);
   // Undo the differencing, line after line: previous minus current.
@@ -60,4 +61,4 @@ bool ReadAlphaPlane(MacroblockScratch& scratch, const StreamView& stream, uint64
   return true;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

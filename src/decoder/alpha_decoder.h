@@ -8,11 +8,11 @@
 #include "codec/macroblock_scratch.h"
 #include "decoder/block_decoder.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // Reads both halves at `bitPos` into scratch.Alpha() and moves `bitPos` past
 // them; alphaRowPredictor ends as line 15. False when a run or a value would
 // land outside its half of 128 bytes.
 bool ReadAlphaPlane(MacroblockScratch& scratch, const StreamView& stream, uint64_t& bitPos);
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

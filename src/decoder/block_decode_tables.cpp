@@ -2,9 +2,10 @@
 
 #include <cstring>
 
+#include "codec/built_once.h"
 #include "codec/code_rows.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 // A canonical code in stream order: first transmitted bit in bit 0.
@@ -13,10 +14,11 @@ struct StreamCode {
   uint32_t length;
 };
 
-StreamCode StreamOrder(const char* text) {
-  const CanonicalCode c = ParseCode(text);
-  return {ReverseBits(c.bits, c.length), c.length};
+constexpr StreamCode InStreamOrder(const char* text) {
+  return {StreamOrder(ParseCode(text)), ParseCode(text).length};
 }
+constexpr StreamCode kEscape = InStreamOrder(kEscapePrefix);
+constexpr StreamCode kEndOfBlock = InStreamOrder(kEndOfBlockCode);
 
 bool Matches(uint32_t x, const StreamCode& c) {
   return (x & ((1u << c.length) - 1)) == c.bits;
@@ -30,7 +32,7 @@ struct DcReading {
 // Reads the DC code at the start of `x` as a reader of the format would.
 DcReading ReadDc(uint32_t x, bool luma) {
   for (uint32_t size = 0; size < 12; ++size) {
-    const StreamCode c = StreamOrder(luma ? DcSizeCode[size].luma : DcSizeCode[size].chroma);
+    const StreamCode c = InStreamOrder(luma ? DcSizeCode[size].luma : DcSizeCode[size].chroma);
     if (!Matches(x, c)) continue;
     const int32_t extra = static_cast<int32_t>((x >> c.length) & ((1u << size) - 1));
     int32_t d = 0;
@@ -96,14 +98,14 @@ void BuildAc(BlockDecodeTables& t) {
       t.acRun[i] = kAcUnfinished;
       t.acLength[i] = (i & 0x080) ? 13 : (i & 0x100) ? 14 : (i & 0x200) ? 15 : (i & 0x400) ? 16 : 17;
     }
-    // 4: the escape prefix 000001; its run field is bits 6..11 of the index.
-    if ((i & 63) == 32) {
+    // 4: the escape prefix; its run field is bits 6..11 of the index.
+    if (Matches(i, kEscape)) {
       t.acLength[i] = 24;
       t.acRun[i] = static_cast<uint8_t>(kAcUnfinished | (i >> 6));
     }
-    // 5: end of block, 0110.
-    if ((i & 15) == 6) {
-      t.acLength[i] = kAcEndOfBlock | 4;
+    // 5: end of block.
+    if (Matches(i, kEndOfBlock)) {
+      t.acLength[i] = static_cast<uint8_t>(kAcEndOfBlock | kEndOfBlock.length);
       t.acRun[i] = 0;
     }
   }
@@ -111,19 +113,14 @@ void BuildAc(BlockDecodeTables& t) {
   std::memcpy(t.scanOrder, ZigzagScan, sizeof t.scanOrder);
 }
 
-BlockDecodeTables* Build() {
-  static BlockDecodeTables tables;
+void Build(BlockDecodeTables& tables) {
   BuildDc(tables.dcLuma, true);
   BuildDc(tables.dcChroma, false);
   BuildAc(tables);
-  return &tables;
 }
 
 }  // namespace
 
-const BlockDecodeTables& BlockDecodeTablesInstance() {
-  static const BlockDecodeTables* const tables = Build();
-  return *tables;
-}
+const BlockDecodeTables& BlockDecodeTablesInstance() { return BuiltOnce<BlockDecodeTables, Build>(); }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // One DC table set: luma (also DCT alpha) or chroma.
 struct DcDecodeTables {
@@ -35,4 +35,4 @@ struct BlockDecodeTables {
 // Built by rule from the canonical code rows on first use; constant after.
 const BlockDecodeTables& BlockDecodeTablesInstance();
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

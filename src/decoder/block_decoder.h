@@ -7,10 +7,11 @@
 #include <cstdint>
 
 #include "codec/bit_stream.h"
+#include "codec/block_orders.h"
 #include "codec/macroblock_scratch.h"
 #include "decoder/block_decode_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // The readable stream as the decoders see it: `base` is the slice's first
 // byte, `size` the bytes from it that may be read. Bits at or past `size`
@@ -60,13 +61,6 @@ class BitWindow {
   uint64_t wordIndex_;
   uint32_t offset_;
   uint64_t window_;
-};
-
-enum class DcKind : uint8_t { kLuma, kChroma };
-
-struct BlockSlot {
-  uint8_t block;
-  DcKind dc;
 };
 
 // Reads one block's DC difference, AC codes and end of block into `block`,
@@ -122,56 +116,31 @@ inline bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, Bi
 
 // Decodes the blocks of `Order` in stream order; `bitPos` moves past them.
 // Blocks must be cleared by the caller. False on a run past the block.
-template <const BlockSlot* Order, size_t Count>
+template <const BlockStep* Order, size_t Count>
 bool DecodeBlocks(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
                   int16_t (*blocks)[64]) {
   BitWindow win(stream, bitPos);
   for (size_t i = 0; i < Count; ++i) {
-    const DcDecodeTables& dc = Order[i].dc == DcKind::kLuma ? t.dcLuma : t.dcChroma;
+    const DcDecodeTables& dc = IsChromaPlane(Order[i].plane) ? t.dcChroma : t.dcLuma;
     if (!DecodeBlock(t, dc, win, blocks[Order[i].block])) return false;
   }
   bitPos = win.Position();
   return true;
 }
 
-// The stream's block orders: luma top-left, top-right, bottom-left,
-// bottom-right; U and V alternating block by block; DCT alpha last.
-inline constexpr BlockSlot kOrder420[] = {
-    {0, DcKind::kLuma},   {2, DcKind::kLuma},   {1, DcKind::kLuma},
-    {3, DcKind::kLuma},   {4, DcKind::kChroma}, {6, DcKind::kChroma}};
-inline constexpr BlockSlot kOrder422[] = {
-    {0, DcKind::kLuma},   {2, DcKind::kLuma},   {1, DcKind::kLuma},   {3, DcKind::kLuma},
-    {4, DcKind::kChroma}, {6, DcKind::kChroma}, {5, DcKind::kChroma}, {7, DcKind::kChroma}};
-inline constexpr BlockSlot kOrder444[] = {
-    {0, DcKind::kLuma},    {2, DcKind::kLuma},    {1, DcKind::kLuma},   {3, DcKind::kLuma},
-    {4, DcKind::kChroma},  {6, DcKind::kChroma},  {5, DcKind::kChroma}, {7, DcKind::kChroma},
-    {8, DcKind::kChroma},  {10, DcKind::kChroma}, {9, DcKind::kChroma}, {11, DcKind::kChroma}};
-inline constexpr BlockSlot kOrder422Alpha[] = {
-    {0, DcKind::kLuma},   {2, DcKind::kLuma},   {1, DcKind::kLuma},   {3, DcKind::kLuma},
-    {4, DcKind::kChroma}, {6, DcKind::kChroma}, {5, DcKind::kChroma}, {7, DcKind::kChroma},
-    {12, DcKind::kLuma},  {14, DcKind::kLuma},  {13, DcKind::kLuma},  {15, DcKind::kLuma}};
-inline constexpr BlockSlot kOrder444Alpha[] = {
-    {0, DcKind::kLuma},    {2, DcKind::kLuma},    {1, DcKind::kLuma},   {3, DcKind::kLuma},
-    {4, DcKind::kChroma},  {6, DcKind::kChroma},  {5, DcKind::kChroma}, {7, DcKind::kChroma},
-    {8, DcKind::kChroma},  {10, DcKind::kChroma}, {9, DcKind::kChroma}, {11, DcKind::kChroma},
-    {12, DcKind::kLuma},   {14, DcKind::kLuma},   {13, DcKind::kLuma},  {15, DcKind::kLuma}};
-
-// The dcPredictor a block's DC runs on: Y, U, V or DCT alpha.
-inline constexpr uint8_t kDcPredictorOfBlock[16] = {0, 0, 0, 0, 1, 1, 2, 2, 1, 1, 2, 2, 3, 3, 3, 3};
-
 // DC reconstruction: the stream carries predictor minus current, so along a
 // plane's chain p = p - diff, 16-bit wrap-around, and the block's DC is p. A
 // plane's chain is its blocks in stream order (Y 0, 2, 1, 3; U 4, 5, 8, 9;
 // V 6, 7, 10, 11; alpha 12, 14, 13, 15), so one walk over the order serves
 // all four chains.
-inline void ReconstructDc(int16_t (*blocks)[64], uint16_t (&predictors)[4], const BlockSlot* order,
+inline void ReconstructDc(int16_t (*blocks)[64], uint16_t (&predictors)[4], const BlockStep* order,
                           size_t count) {
   for (size_t i = 0; i < count; ++i) {
     int16_t& dc = blocks[order[i].block][0];
-    uint16_t& p = predictors[kDcPredictorOfBlock[order[i].block]];
+    uint16_t& p = predictors[order[i].plane];
     p = static_cast<uint16_t>(p - static_cast<uint16_t>(dc));
     dc = static_cast<int16_t>(p);
   }
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -4,98 +4,101 @@
 // macroblock loop tests the format.
 #include <array>
 
+#include "codec/slice_layout.h"
 #include "codec/slice_walks.h"
 #include "decoder/macroblock_decoder.h"
 #include "decoder/output_layouts.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 // Decodes the macroblock rows of `slice`: rows slice, slice + 4, ... of the
 // field, then the partial row if this slice owns it. Predictors restart at
 // every row. Every macroblock of the partial row is read and transformed
 // whole; only its first `lines` lines are stored.
-template <class Shape, bool kRle, class Layout, class Family, class Alpha>
-DecodeStatus DecodeSliceWalk(const CodecInstance& inst, uint8_t* picture, uint8_t* chroma,
-                             BitReader& reader, int32_t stride, uint32_t slice) {
+template <Family F, AlphaCoding A, class Layout>
+Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_t* picture,
+                       uint8_t* chroma, BitReader& reader, int32_t stride, uint32_t slice) {
+  using Shape = ShapeOf<F, A>;
   const int32_t mbColumns = inst.width / 16;
-  const int32_t fullHeight = inst.height & ~31;
-  int32_t line = static_cast<int32_t>(32 * slice);
-  const int32_t fullRows = line < fullHeight ? ((fullHeight - line - 1) >> 7) + 1 : 0;
-  line += 128 * fullRows;
-  const bool partial = line < inst.height;
-  if (fullRows == 0 && !partial) return DecodeStatus::kOk;
-  if (Layout::kPlanar && chroma == nullptr && mbColumns > 0) return DecodeStatus::kFault;
+  const SliceRows rows = SliceRowsFor(inst.height, slice);
+  if (rows.fullRows == 0 && !rows.hasPartialRow) return Status::kOk;
+  if (Layout::kPlanar && chroma == nullptr && mbColumns > 0) return Status::kStreamFault;
 
   const size_t readable = reader.end > reader.base ? static_cast<size_t>(reader.end - reader.base) : 0;
-  const MacroblockContext ctx{BlockDecodeTablesInstance(), SelectBlockKernels(),
+  const MacroblockContext ctx{BlockDecodeTablesInstance(), *kernels.blocks,
                               inst.multiplierTable, StreamView{reader.base, readable}};
-  const StoreKernels& storeKernels = SelectStoreKernels();
+  const StoreKernels& storeKernels = *kernels.stores;
   const uint64_t limit = ctx.stream.SizeInBits();
   alignas(16) MacroblockScratch scratch;
   uint64_t bitPos = reader.bitPos;
   const int64_t t = stride;
-  uint8_t* const secondStart =
-      Layout::kPlanar && chroma == nullptr ? nullptr : Layout::SecondStart(inst, picture, chroma, t, slice);
+  uint8_t* const secondStart = Layout::kHasSecond && !(Layout::kPlanar && chroma == nullptr)
+                                   ? Layout::SecondStart(inst, picture, chroma, t, slice)
+                                   : nullptr;
 
   auto decodeRow = [&](int32_t row, int32_t lines) {
     Planes p{picture + t * (16 * static_cast<int64_t>(slice) + 64 * static_cast<int64_t>(row)),
              secondStart == nullptr ? nullptr : secondStart + Layout::SecondRowMove(t) * row, t,
-             Layout::SecondStride(t)};
+             Layout::SecondLineStride(t)};
     scratch.ResetPredictors();
     for (int32_t mb = 0; mb < mbColumns; ++mb) {
-      if (!DecodeMacroblock<Shape, kRle>(ctx, scratch, bitPos) || bitPos > limit) return false;
-      Layout::template Store<Family, Alpha>(storeKernels, scratch, p, lines);
+      if (!DecodeMacroblock<Shape, A == AlphaCoding::kRunValue>(ctx, scratch, bitPos) || bitPos > limit) return false;
+      Layout::template Store<F, A>(storeKernels, scratch, p, lines);
       p.main += Layout::kMainStep;
       if (p.second != nullptr) p.second += Layout::kSecondStep;
     }
     return true;
   };
 
-  for (int32_t row = 0; row < fullRows; ++row) {
-    if (!decodeRow(row, 16)) return DecodeStatus::kFault;
+  for (int32_t row = 0; row < rows.fullRows; ++row) {
+    if (!decodeRow(row, 16)) return Status::kStreamFault;
   }
-  if (partial && !decodeRow(fullRows, (inst.height - fullHeight) >> 1)) return DecodeStatus::kFault;
+  if (rows.hasPartialRow && !decodeRow(rows.fullRows, rows.partialLines)) return Status::kStreamFault;
   reader.bitPos = bitPos;
-  return DecodeStatus::kOk;
+  return Status::kOk;
 }
 
 using WalkRow = std::array<DecodeSliceWalkFn, kColorSpaceCount>;
 
-// One row of the table: every layout for one macroblock decoder, family and
-// alpha source. Spaces 0 and 7 have no walk.
-template <class Shape, bool kRle, class Family, class Alpha>
+// One row of the table: every layout for one family and alpha coding.
+// Spaces 0 and 7 have no walk.
+template <Family F, AlphaCoding A>
 constexpr WalkRow MakeWalkRow() {
   return {nullptr,
-          &DecodeSliceWalk<Shape, kRle, PlanarLayout<PlanarKind::kNV12>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, PlanarLayout<PlanarKind::kNV16>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, PlanarLayout<PlanarKind::kNV24>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, PlanarLayout<PlanarKind::kYA20>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, PlanarLayout<PlanarKind::kYA22>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, PlanarLayout<PlanarKind::kYA44>, Family, Alpha>,
+          &DecodeSliceWalk<F, A, PlanarStore<kCsNV12>>,
+          &DecodeSliceWalk<F, A, PlanarStore<kCsNV16>>,
+          &DecodeSliceWalk<F, A, PlanarStore<kCsNV24>>,
+          &DecodeSliceWalk<F, A, PlanarStore<kCsYA20>>,
+          &DecodeSliceWalk<F, A, PlanarStore<kCsYA22>>,
+          &DecodeSliceWalk<F, A, PlanarStore<kCsYA44>>,
           nullptr,
-          &DecodeSliceWalk<Shape, kRle, Packed422Layout<PackedKind::kYUY2>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, Packed422Layout<PackedKind::kUYVY>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, Packed422Layout<PackedKind::kUYVA>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, AyuvLayout, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, RgbLayout<3>, Family, Alpha>,
-          &DecodeSliceWalk<Shape, kRle, RgbLayout<4>, Family, Alpha>};
+          &DecodeSliceWalk<F, A, Packed422Store<kCsYUY2>>,
+          &DecodeSliceWalk<F, A, Packed422Store<kCsUYVY>>,
+          &DecodeSliceWalk<F, A, Packed422Store<kCsUYVA>>,
+          &DecodeSliceWalk<F, A, AyuvStore>,
+          &DecodeSliceWalk<F, A, RgbStore<kCsRGB24>>,
+          &DecodeSliceWalk<F, A, RgbStore<kCsRGB32>>};
 }
 
-constexpr WalkRow kWalks420 = MakeWalkRow<Shape420, false, Family420, AlphaOpaque>();
-constexpr WalkRow kWalks420Rle = MakeWalkRow<Shape420, true, Family420, AlphaRunLength>();
-constexpr WalkRow kWalks422 = MakeWalkRow<Shape422, false, Family422, AlphaOpaque>();
-constexpr WalkRow kWalks422Rle = MakeWalkRow<Shape422, true, Family422, AlphaRunLength>();
-constexpr WalkRow kWalks444 = MakeWalkRow<Shape444, false, Family444, AlphaOpaque>();
-constexpr WalkRow kWalks444Rle = MakeWalkRow<Shape444, true, Family444, AlphaRunLength>();
+constexpr WalkRow kWalks420 = MakeWalkRow<Family::k420, AlphaCoding::kNone>();
+constexpr WalkRow kWalks420Rle = MakeWalkRow<Family::k420, AlphaCoding::kRunValue>();
+constexpr WalkRow kWalks422 = MakeWalkRow<Family::k422, AlphaCoding::kNone>();
+constexpr WalkRow kWalks422Rle = MakeWalkRow<Family::k422, AlphaCoding::kRunValue>();
+constexpr WalkRow kWalks444 = MakeWalkRow<Family::k444, AlphaCoding::kNone>();
+constexpr WalkRow kWalks444Rle = MakeWalkRow<Family::k444, AlphaCoding::kRunValue>();
 // The DCT-alpha arms behave alike whatever hasAlpha says.
-constexpr WalkRow kWalks422Dct = MakeWalkRow<Shape422Dct, false, Family422, AlphaDct>();
-constexpr WalkRow kWalks444Dct = MakeWalkRow<Shape444Dct, false, Family444, AlphaDct>();
+constexpr WalkRow kWalks422Dct = MakeWalkRow<Family::k422, AlphaCoding::kDct>();
+constexpr WalkRow kWalks444Dct = MakeWalkRow<Family::k444, AlphaCoding::kDct>();
 
 }  // namespace
+}  // namespace vantaro::decoder
+
+namespace vantaro {
 
 // 4:2:0 with DCT alpha is reachable by no stream variant and has no walk.
 DecodeSliceWalkFn FindDecodeSliceWalk(ChromaArm arm, uint32_t colorSpace, bool hasAlpha) {
+  using namespace decoder;
   if (colorSpace >= kColorSpaceCount) return nullptr;
   switch (arm) {
     case ChromaArm::k420: return (hasAlpha ? kWalks420Rle : kWalks420)[colorSpace];

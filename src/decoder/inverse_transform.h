@@ -5,26 +5,37 @@
 
 #include <cstdint>
 
-namespace vantaro {
+#include "codec/kernels.h"
+#include "codec/transform_basis.h"
+
+namespace vantaro::decoder {
 
 // Row tables: for each pair of rows, four input-pair lines (x0,x2), (x4,x6),
 // (x1,x3), (x5,x7), each four lanes of (u, w) coefficients.
 struct RowTableSet {
   int16_t pairs[4][4][2];
 };
-extern const RowTableSet kRowTable04;
-extern const RowTableSet kRowTable17;
-extern const RowTableSet kRowTable26;
-extern const RowTableSet kRowTable35;
-// Per row: the set and the rounding constant. The constants differ by row and
-// are not a formula; row 0 carries 65536 and row 4 none, on purpose.
-extern const RowTableSet* const kRowSets[8];
+// Where each (u, w) takes its basis entry (signed index, see
+// transform::Basis); the same for every set.
+constexpr int kRowTableIndex[4][4][2] = {{{1, 3}, {1, 7}, {1, -7}, {1, -3}},
+                                         {{1, 7}, {-1, -3}, {-1, 3}, {1, -7}},
+                                         {{2, 4}, {4, -8}, {6, -2}, {8, -6}},
+                                         {{6, 8}, {-2, -6}, {8, 4}, {4, -2}}};
+constexpr RowTableSet MakeRowTableSet(int set) {
+  RowTableSet t{};
+  for (int line = 0; line < 4; ++line) {
+    for (int lane = 0; lane < 4; ++lane) {
+      for (int i = 0; i < 2; ++i) t.pairs[line][lane][i] = transform::Basis(set, kRowTableIndex[line][lane][i]);
+    }
+  }
+  return t;
+}
+// By basis set: rows 0/4, 1/7, 2/6, 3/5.
+alignas(16) inline constexpr RowTableSet kRowTables[4] = {MakeRowTableSet(0), MakeRowTableSet(1),
+                                                          MakeRowTableSet(2), MakeRowTableSet(3)};
+// The rounding constant of each row. The constants differ by row and are not
+// a formula; row 0 carries 65536 and row 4 none, on purpose.
 extern const int32_t kRowRounding[8];
-
-constexpr int16_t kColumnTan1 = 13036;   // tan(pi/16) in 16 fractional bits
-constexpr int16_t kColumnTan2 = 27146;   // tan(pi/8)
-constexpr int16_t kColumnTan3 = -21746;  // tan(3pi/16) - 1, as 43790 in 16 bits
-constexpr int16_t kColumnCos4 = 23170;   // cos(pi/4)
 constexpr int16_t kDcOnlyBias = 1032;    // level shift and rounding of the shortcut
 
 // The transform's kernels: scalar first, vector over it where available.
@@ -41,7 +52,4 @@ extern const BlockKernels kBlockKernelsScalar;
 // Null on builds without SSE2.
 const BlockKernels* BlockKernelsSse2();
 
-// The table a walk uses: vector kernels where enabled, else scalar.
-const BlockKernels& SelectBlockKernels();
-
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -3,12 +3,12 @@
 // 32-bit wrap); pmulhw, paddsw and psubsw are the column pass's mulhi, +s, -s.
 #include "decoder/inverse_transform.h"
 
-#if defined(__SSE2__)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
 #include "decoder/block_decode_tables.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 __m128i Load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
@@ -40,10 +40,10 @@ __m128i RowPass(__m128i x, const RowTableSet& t, int32_t rounding) {
 }
 
 void ColumnPass(__m128i (&r)[8]) {
-  const __m128i tan1 = _mm_set1_epi16(kColumnTan1);
-  const __m128i tan2 = _mm_set1_epi16(kColumnTan2);
-  const __m128i tan3 = _mm_set1_epi16(kColumnTan3);
-  const __m128i cos4 = _mm_set1_epi16(kColumnCos4);
+  const __m128i tan1 = _mm_set1_epi16(transform::kTan1);
+  const __m128i tan2 = _mm_set1_epi16(transform::kTan2);
+  const __m128i tan3 = _mm_set1_epi16(transform::kTan3);
+  const __m128i cos4 = _mm_set1_epi16(transform::kCos4);
   const __m128i s04 = _mm_adds_epi16(r[0], r[4]);
   const __m128i d04 = _mm_subs_epi16(r[0], r[4]);
   const __m128i t = _mm_subs_epi16(_mm_mulhi_epi16(tan2, r[2]), r[6]);
@@ -86,7 +86,7 @@ void InverseTransformBlockSse2(int16_t* block, const uint16_t* multipliers) {
     r[i] = _mm_srai_epi16(_mm_mullo_epi16(Load(block + i * 8), Load(multipliers + i * 8)), 4);
   }
   r[0] = _mm_add_epi16(r[0], _mm_setr_epi16(1024, 0, 0, 0, 0, 0, 0, 0));
-  for (int i = 0; i < 8; ++i) r[i] = RowPass(r[i], *kRowSets[i], kRowRounding[i]);
+  for (int i = 0; i < 8; ++i) r[i] = RowPass(r[i], kRowTables[transform::kRowSet[i]], kRowRounding[i]);
   ColumnPass(r);
   for (int i = 0; i < 8; ++i) Store(block + i * 8, r[i]);
 }
@@ -97,12 +97,12 @@ const BlockKernels kBlockKernelsSse2 = {ClearBlocksSse2, InverseTransformBlockSs
 
 const BlockKernels* BlockKernelsSse2() { return &kBlockKernelsSse2; }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder
 
 #else
 
-namespace vantaro {
+namespace vantaro::decoder {
 const BlockKernels* BlockKernelsSse2() { return nullptr; }
-}  // namespace vantaro
+}  // namespace vantaro::decoder
 
 #endif

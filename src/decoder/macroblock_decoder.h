@@ -6,13 +6,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <type_traits>
 
 #include "codec/macroblock_scratch.h"
 #include "decoder/alpha_decoder.h"
 #include "decoder/block_decoder.h"
 #include "decoder/inverse_transform.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // What a walk hands each macroblock: the tables and kernels picked at its
 // start, the instance's multipliers and the readable stream.
@@ -24,7 +25,7 @@ struct MacroblockContext {
 };
 
 // The highest block number an order names.
-constexpr int32_t HighestBlock(const BlockSlot* order, size_t count) {
+constexpr int32_t HighestBlock(const BlockStep* order, size_t count) {
   int32_t highest = 0;
   for (size_t i = 0; i < count; ++i) highest = order[i].block > highest ? order[i].block : highest;
   return highest;
@@ -36,7 +37,7 @@ constexpr int32_t HighestBlock(const BlockSlot* order, size_t count) {
 // order names).
 template <const auto& Order>
 struct BlockShape {
-  static constexpr const BlockSlot* kOrder = Order;
+  static constexpr const BlockStep* kOrder = Order;
   static constexpr size_t kCount = std::size(Order);
   static constexpr int32_t kClear = HighestBlock(Order, kCount) + 1;
 };
@@ -45,6 +46,12 @@ using Shape422 = BlockShape<kOrder422>;
 using Shape444 = BlockShape<kOrder444>;
 using Shape422Dct = BlockShape<kOrder422Alpha>;
 using Shape444Dct = BlockShape<kOrder444Alpha>;
+// The shape of a family and alpha coding; 4:2:0 has no DCT-alpha shape.
+template <Family F, AlphaCoding A>
+using ShapeOf = std::conditional_t<
+    F == Family::k420, Shape420,
+    std::conditional_t<F == Family::k422, std::conditional_t<A == AlphaCoding::kDct, Shape422Dct, Shape422>,
+                       std::conditional_t<A == AlphaCoding::kDct, Shape444Dct, Shape444>>>;
 static_assert(Shape420::kClear == 7 && Shape422::kClear == 8 && Shape444::kClear == 12 &&
               Shape422Dct::kClear == 16);
 
@@ -66,4 +73,4 @@ bool DecodeMacroblock(const MacroblockContext& ctx, MacroblockScratch& s, uint64
   return true;
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -13,7 +13,7 @@
 #include "codec/macroblock_scratch.h"
 #include "decoder/store_kernels.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 
 // Line `r` (0..15) of the strip of blocks n, n + 1 (8 wide, 16 high).
 inline const int16_t* StripLine(const MacroblockScratch& s, int n, int32_t r) {
@@ -33,7 +33,7 @@ inline void RepeatPairs(const uint8_t* pairs, uint8_t* out) {
   }
 }
 
-// Chroma families. HalfPairs: the eight pairs serving output line r at half
+// Where a chroma family's samples come from, ChromaOf<Family>. HalfPairs: the eight pairs serving output line r at half
 // horizontal rate; FullPairs: sixteen at full rate; Nv12Pairs: chroma line k
 // of a 4:2:0 plane; RgbChroma: packed U and V for each of 16 pixels.
 
@@ -59,7 +59,11 @@ struct AveragedNv12Pairs {
   }
 };
 
-struct Family420 : RepeatedFullPairs<Family420> {
+template <Family F>
+struct ChromaOf;
+
+template <>
+struct ChromaOf<Family::k420> : RepeatedFullPairs<ChromaOf<Family::k420>> {
   static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.rawPairs(s.blocks[4] + 8 * (r >> 1), s.blocks[6] + 8 * (r >> 1), out);
   }
@@ -75,7 +79,9 @@ struct Family420 : RepeatedFullPairs<Family420> {
 };
 
 // The raw pairs of two lines are averaged as bytes for a 4:2:0 plane.
-struct Family422 : RepeatedFullPairs<Family422>, AveragedNv12Pairs<Family422> {
+template <>
+struct ChromaOf<Family::k422> : RepeatedFullPairs<ChromaOf<Family::k422>>,
+                                AveragedNv12Pairs<ChromaOf<Family::k422>> {
   static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.rawPairs(StripLine(s, 4, r), StripLine(s, 6, r), out);
   }
@@ -87,7 +93,8 @@ struct Family422 : RepeatedFullPairs<Family422>, AveragedNv12Pairs<Family422> {
   }
 };
 
-struct Family444 : AveragedNv12Pairs<Family444> {
+template <>
+struct ChromaOf<Family::k444> : AveragedNv12Pairs<ChromaOf<Family::k444>> {
   // Even columns, packed; the odd columns are dropped, not averaged.
   static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.evenPairs(StripLine(s, 4, r), StripLine(s, 8, r), StripLine(s, 6, r), StripLine(s, 10, r), out);
@@ -102,21 +109,27 @@ struct Family444 : AveragedNv12Pairs<Family444> {
   }
 };
 
-// Alpha sources: Bytes gives line r's 16 alpha bytes; kClampLumaInYa says
+// Alpha sources by coding, AlphaOf<AlphaCoding>: Bytes gives line r's 16 alpha bytes; kClampLumaInYa says
 // whether the YA layouts pack luma (only beside DCT alpha).
-struct AlphaOpaque {
+template <AlphaCoding A>
+struct AlphaOf;
+
+template <>
+struct AlphaOf<AlphaCoding::kNone> {
   static constexpr bool kClampLumaInYa = false;
   static void Bytes(const StoreKernels&, const MacroblockScratch&, int32_t, uint8_t* out) {
     std::memset(out, 255, 16);
   }
 };
-struct AlphaRunLength {
+template <>
+struct AlphaOf<AlphaCoding::kRunValue> {
   static constexpr bool kClampLumaInYa = false;
   static void Bytes(const StoreKernels&, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     std::memcpy(out, s.Alpha() + 16 * r, 16);
   }
 };
-struct AlphaDct {
+template <>
+struct AlphaOf<AlphaCoding::kDct> {
   static constexpr bool kClampLumaInYa = true;
   static void Bytes(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.packLine(StripLine(s, 12, r), StripLine(s, 14, r), out);
@@ -132,4 +145,4 @@ struct Planes {
   int64_t secondStride;
 };
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -1,8 +1,8 @@
 #include "decoder/store_kernels.h"
 
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 void PackLineScalar(const int16_t* left, const int16_t* right, uint8_t* out) {
@@ -47,9 +47,4 @@ void InterleaveScalar(const uint8_t* first, const uint8_t* second, uint8_t* out)
 const StoreKernels kStoreKernelsScalar = {PackLineScalar, RawPairsScalar, EvenPairsScalar,
                                           AverageScalar, InterleaveScalar};
 
-const StoreKernels& SelectStoreKernels() {
-  const StoreKernels* vector = StoreKernelsSse2();
-  return VectorKernelsEnabled() && vector != nullptr ? *vector : kStoreKernelsScalar;
-}
-
-}  // namespace vantaro
+}  // namespace vantaro::decoder

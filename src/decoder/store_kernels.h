@@ -4,7 +4,9 @@
 
 #include <cstdint>
 
-namespace vantaro {
+#include "codec/kernels.h"
+
+namespace vantaro::decoder {
 
 struct StoreKernels {
   // out[c] = pack(left[c]) for c < 8, pack(right[c - 8]) after: 16 bytes.
@@ -25,10 +27,9 @@ struct StoreKernels {
 extern const StoreKernels kStoreKernelsScalar;
 // Null on builds without SSE2.
 const StoreKernels* StoreKernelsSse2();
-const StoreKernels& SelectStoreKernels();
 
 inline uint8_t Pack(int16_t x) {
   return static_cast<uint8_t>(x < 0 ? 0 : x > 255 ? 255 : x);
 }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -1,10 +1,10 @@
 // SSE2 twins of the line primitives in store_kernels.cpp.
 #include "decoder/store_kernels.h"
 
-#if defined(__SSE2__)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 __m128i Load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
@@ -45,12 +45,12 @@ const StoreKernels kStoreKernelsSse2 = {PackLineSse2, RawPairsSse2, EvenPairsSse
 
 const StoreKernels* StoreKernelsSse2() { return &kStoreKernelsSse2; }
 
-}  // namespace vantaro
+}  // namespace vantaro::decoder
 
 #else
 
-namespace vantaro {
+namespace vantaro::decoder {
 const StoreKernels* StoreKernelsSse2() { return nullptr; }
-}  // namespace vantaro
+}  // namespace vantaro::decoder
 
 #endif

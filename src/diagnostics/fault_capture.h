@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <string>
 
-#include "codec/codec_instance.h"
-
 namespace vantaro {
+
+struct CodecInstance;
 
 // Called once a decoding fault has ended a field. Sends "ExceptCatch: Called\n"
 // to the debugger output, then creates each file only if it does not exist

@@ -28,7 +28,7 @@ bool SourceLargeEnough(const CodecInstance& instance, uint32_t colorSpace,
 }
 
 bool SameResolution(const CodecInstance& instance, const BITMAPINFOHEADER* source) {
-  const int32_t height = AbsHeight(source->biHeight);
+  const int32_t height = WrapAbs(source->biHeight);
   if (source->biWidth == instance.width && height == instance.height) return true;
   CodecLog("Compress", "Received Resolution %dx%d, Expected %dx%d", source->biWidth, height,
            instance.width, instance.height);
@@ -40,22 +40,23 @@ bool SameResolution(const CodecInstance& instance, const BITMAPINFOHEADER* sourc
 // upward, so the picture's top line still opens field 0; every other layout,
 // and RGB said to be top-down, runs downward. The second field's second plane
 // is one line further, not the frame-call offset of the direct functions.
-int64_t CompressBothFields(CodecInstance* instance, const ICCOMPRESS& frame, uint32_t colorSpace,
-                           size_t capacity) {
+Status CompressBothFields(CodecInstance* instance, const ICCOMPRESS& frame, uint32_t colorSpace,
+                          size_t capacity, int64_t* length) {
   const int32_t line = DriverLineBytes(colorSpace, instance->width);
   const bool rgb = colorSpace == kCsRGB24 || colorSpace == kCsRGB32;
   const auto* input = static_cast<const uint8_t*>(frame.lpInput);
   auto* output = static_cast<uint8_t*>(frame.lpOutput);
   if (instance->topDown == 0 && rgb) {
     const uint8_t* top = input + (static_cast<int64_t>(instance->height) - 1) * line;
-    CompressField(instance, output, capacity, top, nullptr, -2 * line, 0);
-    return CompressField(instance, output, capacity, top - line, nullptr, -2 * line, 1);
+    VANTARO_RETURN_IF_ERROR(
+        CompressField(instance, output, capacity, top, nullptr, -2 * line, 0, length));
+    return CompressField(instance, output, capacity, top - line, nullptr, -2 * line, 1, length);
   }
   instance->frameBase = input;
   const uint8_t* chroma = DriverSecondPlane(colorSpace, input, instance->width, instance->height);
-  CompressField(instance, output, capacity, input, chroma, 2 * line, 0);
+  VANTARO_RETURN_IF_ERROR(CompressField(instance, output, capacity, input, chroma, 2 * line, 0, length));
   return CompressField(instance, output, capacity, input + line,
-                       chroma != nullptr ? chroma + line : nullptr, 2 * line, 1);
+                       chroma != nullptr ? chroma + line : nullptr, 2 * line, 1, length);
 }
 
 // The frame is walked in the layout its own header states, with Begin's
@@ -116,15 +117,15 @@ int64_t CompressGetFormat(CodecInstance* instance, const BITMAPINFOHEADER* sourc
   output->biClrUsed = 0;
   output->biClrImportant = 0;
   output->biSizeImage = static_cast<uint32_t>(
-      Wrap32(Wrap32(AbsHeight(source->biWidth), AbsHeight(source->biHeight)), 6));
+      WrapMul(WrapMul(WrapAbs(source->biWidth), WrapAbs(source->biHeight)), 6));
   output->biCompression = instance->fourcc;
-  output->biHeight = AbsHeight(source->biHeight);
+  output->biHeight = WrapAbs(source->biHeight);
   instance->topDown = source->biHeight < 0 ? 1 : 0;
   return kIcErrOk;
 }
 
 int64_t CompressWorstCaseSize(const BITMAPINFOHEADER* compressed) {
-  return Wrap32(Wrap32(AbsHeight(compressed->biHeight), AbsHeight(compressed->biWidth)), 6);
+  return WrapMul(WrapMul(WrapAbs(compressed->biHeight), WrapAbs(compressed->biWidth)), 6);
 }
 
 int64_t CompressMessage(CodecInstance* instance, const ICCOMPRESS& frame) {
@@ -134,25 +135,27 @@ int64_t CompressMessage(CodecInstance* instance, const ICCOMPRESS& frame) {
   }
   // The layout of this call's header; the instance keeps Begin's.
   const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(frame.lpbiInput));
-  try {
-    if (colorSpace == kCsInvalid) {
-      MarkKeyFrame(frame);
-      return kIcErrBadFormat;
-    }
-    if (!SourceLargeEnough(*instance, colorSpace, frame.lpbiInput)) return kIcErrBadFormat;
-    if (!SameResolution(*instance, frame.lpbiInput)) return kIcErrBadFormat;
-    int64_t length = 0;
-    {
-      const FrameColorSpace frameLayout(instance, colorSpace);
-      length = CompressBothFields(instance, frame, colorSpace, OutputCapacity(frame.lpbiOutput));
-    }
-    frame.lpbiOutput->biSizeImage = static_cast<uint32_t>(length);
+  if (colorSpace == kCsInvalid) {
     MarkKeyFrame(frame);
-    return kIcErrOk;
-  } catch (...) {
+    return kIcErrBadFormat;
+  }
+  if (!SourceLargeEnough(*instance, colorSpace, frame.lpbiInput)) return kIcErrBadFormat;
+  if (!SameResolution(*instance, frame.lpbiInput)) return kIcErrBadFormat;
+  int64_t length = 0;
+  Status status;
+  {
+    const FrameColorSpace frameLayout(instance, colorSpace);
+    status = CompressBothFields(instance, frame, colorSpace, OutputCapacity(frame.lpbiOutput),
+                                &length);
+  }
+  if (status != Status::kOk) {
+    // The log line keeps the wording it had when failures were exceptions.
     CodecLog("Compress", "Exception durring compression.");
     return kIcErrBadFormat;
   }
+  frame.lpbiOutput->biSizeImage = static_cast<uint32_t>(length);
+  MarkKeyFrame(frame);
+  return kIcErrOk;
 }
 
 }  // namespace vantaro

@@ -26,7 +26,7 @@ int64_t CompressWorstCaseSize(const BITMAPINFOHEADER* compressed);
 // ICM_COMPRESS: 0, or -2 for an unusable layout, a short source, a size other
 // than Begin's, or any failure while compressing (an output that would pass
 // the buffer the host was told to provide among them). Every frame is a key
-// frame. No exception leaves it and the instance stays usable.
+// frame. The instance stays usable after a failure.
 int64_t CompressMessage(CodecInstance* instance, const ICCOMPRESS& frame);
 
 }  // namespace vantaro

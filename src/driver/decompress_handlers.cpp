@@ -16,9 +16,9 @@ bool IsUpperStreamFourCC(uint32_t fourcc) { return StreamFourCCLabel(fourcc) != 
 int64_t QueryOutput(CodecInstance* instance, const BITMAPINFOHEADER* stream,
                     const BITMAPINFOHEADER* output, const char* streamName) {
   const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(output));
-  CodecLog("DeompressQuery", "Input %s -> %s", streamName, ColorSpaceNames[colorSpace]);
-  const int32_t height = AbsHeight(output->biHeight);
-  if (stream->biWidth != output->biWidth || AbsHeight(stream->biHeight) != height) {
+  CodecLog("DeompressQuery", "Input %s -> %s", streamName, LayoutOf(colorSpace).name);
+  const int32_t height = WrapAbs(output->biHeight);
+  if (stream->biWidth != output->biWidth || WrapAbs(stream->biHeight) != height) {
     CodecLog("DeompressQuery", "Bad Height / Width");
     return kIcErrBadFormat;
   }
@@ -30,7 +30,7 @@ int64_t QueryOutput(CodecInstance* instance, const BITMAPINFOHEADER* stream,
   // The product is the 32-bit one and is compared unsigned, so a negative
   // width needs more than any buffer holds.
   const uint32_t need = static_cast<uint32_t>(
-      Wrap32(Wrap32(ColorSpaceBits[colorSpace] / 8, height), output->biWidth));
+      WrapMul(WrapMul(LayoutOf(colorSpace).bitCount / 8, height), output->biWidth));
   if (output->biSizeImage < need) {
     CodecLog("DecompressQuery", "Buffer size too small.");
     return kIcErrBadSize;
@@ -99,10 +99,10 @@ int64_t DecompressGetFormat(const BITMAPINFOHEADER* stream, BITMAPINFOHEADER* ou
   if (output == nullptr) return sizeof(BITMAPINFOHEADER);
   if (!IsUpperStreamFourCC(stream->biCompression)) return kIcErrBadFormat;
   // 32-bit bottom-up RGB: the one output every family accepts.
-  const int32_t height = AbsHeight(stream->biHeight);
+  const int32_t height = WrapAbs(stream->biHeight);
   std::memmove(output, stream, sizeof(BITMAPINFOHEADER));
   output->biSize = sizeof(BITMAPINFOHEADER);
-  output->biSizeImage = static_cast<uint32_t>(Wrap32(Wrap32(height, stream->biWidth), 4));
+  output->biSizeImage = static_cast<uint32_t>(WrapMul(WrapMul(height, stream->biWidth), 4));
   output->biWidth = stream->biWidth;
   output->biBitCount = 32;
   output->biPlanes = 1;
@@ -117,25 +117,21 @@ int64_t DecompressMessage(CodecInstance* instance, const ICDECOMPRESS& frame) {
   if (frame.lpbiInput == nullptr || frame.lpbiOutput == nullptr || frame.lpOutput == nullptr) {
     return kIcErrBadFormat;
   }
-  try {
-    const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(frame.lpbiOutput));
-    const auto* input = static_cast<const uint8_t*>(frame.lpInput);
-    const uint8_t first = input != nullptr ? input[0] : 0;
-    // Size and layout follow every frame's headers and stay written even
-    // when the frame is refused.
-    instance->width = frame.lpbiInput->biWidth;
-    instance->height = AbsHeight(frame.lpbiInput->biHeight);
-    instance->colorSpace = colorSpace;
-    // The quality byte is the only part of the stream judged before decoding.
-    if (colorSpace == kCsInvalid || first < 1 || first > 99) return kIcErrBadFormat;
-    if (!OutputLargeEnough(*instance, colorSpace, frame.lpbiOutput)) return kIcErrBadFormat;
-    DecodeExtent extent;
-    extent.streamSize = frame.lpbiInput->biSizeImage;
-    DecompressBothFields(instance, frame, colorSpace, extent);
-    return kIcErrOk;
-  } catch (...) {
-    return kIcErrBadFormat;
-  }
+  const uint32_t colorSpace = static_cast<uint32_t>(ColorSpaceFromHeader(frame.lpbiOutput));
+  const auto* input = static_cast<const uint8_t*>(frame.lpInput);
+  const uint8_t first = input != nullptr ? input[0] : 0;
+  // Size and layout follow every frame's headers and stay written even
+  // when the frame is refused.
+  instance->width = frame.lpbiInput->biWidth;
+  instance->height = WrapAbs(frame.lpbiInput->biHeight);
+  instance->colorSpace = colorSpace;
+  // The quality byte is the only part of the stream judged before decoding.
+  if (colorSpace == kCsInvalid || first < 1 || first > 99) return kIcErrBadFormat;
+  if (!OutputLargeEnough(*instance, colorSpace, frame.lpbiOutput)) return kIcErrBadFormat;
+  DecodeExtent extent;
+  extent.streamSize = frame.lpbiInput->biSizeImage;
+  DecompressBothFields(instance, frame, colorSpace, extent);
+  return kIcErrOk;
 }
 
 }  // namespace vantaro

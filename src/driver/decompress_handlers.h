@@ -24,7 +24,7 @@ int64_t DecompressGetFormat(const BITMAPINFOHEADER* stream, BITMAPINFOHEADER* ou
 
 // ICM_DECOMPRESS: 0, or -2 for an unusable output, an output buffer declared
 // smaller than the frame, or a frame whose quality byte is outside 1..99.
-// Takes size and layout from this call's headers. No exception leaves it.
+// Takes size and layout from this call's headers.
 int64_t DecompressMessage(CodecInstance* instance, const ICDECOMPRESS& frame);
 
 }  // namespace vantaro

@@ -6,22 +6,12 @@
 #include <cstdint>
 
 #include "codec/codec_instance.h"
+#include "codec/wrapping.h"
 
 namespace vantaro {
 
-// |v| without overflow: the most negative value stays as it is, as the
-// instance's own height does.
-constexpr int32_t AbsHeight(int32_t v) {
-  return v < 0 ? static_cast<int32_t>(0u - static_cast<uint32_t>(v)) : v;
-}
-
-// A product of 32-bit values wrapped to 32 bits, as the host's own size
-// arithmetic wraps, without the undefined overflow of signed multiplication.
-constexpr int32_t Wrap32(int64_t a, int64_t b) {
-  return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(a) * static_cast<uint64_t>(b)));
-}
-
-// Bytes of one line of the uncompressed side: ColorSpaceStep times width.
+// Bytes of one line of the uncompressed side: the layout's driverStep times
+// width.
 int32_t DriverLineBytes(uint32_t colorSpace, int32_t width);
 
 // The bytes a whole uncompressed frame spans in the driver's layout, which is

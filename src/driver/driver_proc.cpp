@@ -2,7 +2,6 @@
 // an instance, the identity record and the quality messages. The frame work
 // is in the compress and decompress handlers.
 #include <cstddef>
-#include <new>
 
 #include "codec/codec_instance.h"
 #include "codec/quantiser.h"
@@ -38,18 +37,6 @@ int64_t OnLoad() {
   return 0;
 }
 
-CodecInstance* NewInstance() {
-  auto* instance = new (std::nothrow) CodecInstance;
-  if (instance == nullptr) return nullptr;
-  try {
-    InitInstance(instance);
-  } catch (...) {
-    delete instance;
-    return nullptr;
-  }
-  return instance;
-}
-
 int64_t OnOpen(ICOPEN* open) {
   g_lastOpenedFourCC = 0;
   if (open != nullptr) {
@@ -60,7 +47,7 @@ int64_t OnOpen(ICOPEN* open) {
       return 0;
     }
   }
-  CodecInstance* instance = NewInstance();
+  CodecInstance* instance = CreateInstance();
   if (instance == nullptr || open == nullptr) return reinterpret_cast<intptr_t>(instance);
   uint32_t upper = 0;
   if (IsStreamFourCC(open->fccHandler, &upper)) g_lastOpenedFourCC = upper;
@@ -72,13 +59,7 @@ int64_t OnOpen(ICOPEN* open) {
 
 int64_t OnClose(CodecInstance* instance) {
   CodecLog("DriverProc", "DRV_CLOSE 0x%8.8x", LogAddress(instance));
-  if (instance != nullptr) {
-    try {
-      ReleaseInstance(instance);
-      delete instance;
-    } catch (...) {
-    }
-  }
+  DestroyInstance(instance);
   return 1;
 }
 

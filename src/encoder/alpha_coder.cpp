@@ -37,6 +37,7 @@ void EncodeAlphaHalf(const uint8_t* rows, BitWriter& writer) {
   uint32_t zeroWords[4] = {0, 0, 0, 0};
   for (uint32_t i = 0; i < 128; ++i) zeroWords[i >> 5] |= static_cast<uint32_t>(rows[i] == 0) << (i & 31);
   const uint32_t last = LastNonZero(zeroWords);
+  const GlobalTables& tables = Tables();
   uint32_t run = 0;
   for (uint32_t i = 0; i < last; ++i) {
     const uint8_t v = rows[i];
@@ -44,7 +45,7 @@ void EncodeAlphaHalf(const uint8_t* rows, BitWriter& writer) {
       ++run;
       continue;
     }
-    PutCode(writer, AlphaPairCode[v][run], AlphaPairLength[v][run]);
+    PutCode(writer, tables.alphaPairCode[v][run], tables.alphaPairLength[v][run]);
     run = 0;
   }
   PutAlphaEndMarker(writer);

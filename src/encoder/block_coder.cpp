@@ -6,20 +6,21 @@
 namespace vantaro::encoder {
 namespace {
 
-constexpr uint32_t kEndOfBlock = 6;  // "0110" in stream order
-constexpr uint32_t kEndOfBlockLength = 4;
+constexpr uint32_t kEndOfBlock = StreamOrder(ParseCode(kEndOfBlockCode));
+constexpr uint32_t kEndOfBlockLength = ParseCode(kEndOfBlockCode).length;
 
 // One past the last non-zero scan position, found from the top byte of the
 // inverted mask that is not zero; 0 for an all-zero block.
 uint32_t LastPosition(uint64_t nonZero) {
   for (int i = 7; i >= 0; --i) {
     const uint32_t byte = static_cast<uint32_t>(nonZero >> (8 * i)) & 255u;
-    if (byte != 0) return TopBitTable[byte] + 8u * static_cast<uint32_t>(i);
+    if (byte != 0) return Tables().topBit[byte] + 8u * static_cast<uint32_t>(i);
   }
   return 0;
 }
 
 void EncodeBlock(const DcCodeTable& dc, const int16_t* block, BitWriter& writer) {
+  const GlobalTables& tables = Tables();
   const uint64_t zeros = ZeroMask(block);
   const uint32_t last = LastPosition(~zeros);
   if (last == 0) {
@@ -33,12 +34,12 @@ void EncodeBlock(const DcCodeTable& dc, const int16_t* block, BitWriter& writer)
       uint32_t run = 0;
       uint32_t t;
       do {
-        t = TrailingOnesTable[w & 255u];
+        t = tables.trailingOnes[w & 255u];
         w >>= t;
         run += t;
       } while (t == 8);
       position += run;
-      const uint32_t entry = AcCodeTable[run][block[position] + 2048];
+      const uint32_t entry = tables.acCode[run][block[position] + 2048];
       PutCode(writer, entry >> 8, entry & 255u);
       w >>= 1;
       ++position;
@@ -60,11 +61,11 @@ uint64_t ZeroMask(const int16_t* block) {
 }
 
 void EncodeLumaBlock(const CodecInstance&, const int16_t* block, BitWriter& writer) {
-  EncodeBlock(DcCodeLuma, block, writer);
+  EncodeBlock(Tables().dcLuma, block, writer);
 }
 
 void EncodeChromaBlock(const CodecInstance&, const int16_t* block, BitWriter& writer) {
-  EncodeBlock(DcCodeChroma, block, writer);
+  EncodeBlock(Tables().dcChroma, block, writer);
 }
 
 }  // namespace vantaro::encoder

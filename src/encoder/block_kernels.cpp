@@ -1,30 +1,19 @@
-// The block kernel tables: scalar, and SSE2 over it where the build has it.
-#include "codec/vector_kernels.h"
+// The forward block kernel tables: scalar, and SSE2 where the build has it.
 #include "encoder/encoder_kernels.h"
 #include "encoder/forward_dct.h"
 #include "encoder/quantise.h"
 
 namespace vantaro::encoder {
-namespace {
-constexpr ForwardKernels kScalarBlocks = {ForwardDctScalar, QuantiseBlockScalar};
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
-constexpr ForwardKernels kSse2Blocks = {ForwardDctSse2, QuantiseBlockSse2};
-#endif
-}  // namespace
 
-const ForwardKernels& ScalarForwardKernels() { return kScalarBlocks; }
+const ForwardKernels kForwardKernelsScalar = {ForwardDctScalar, QuantiseBlockScalar};
 
-const ForwardKernels* Sse2ForwardKernels() {
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
-  return &kSse2Blocks;
+const ForwardKernels* ForwardKernelsSse2() {
+#if defined(VANTARO_KERNELS_SSE2)
+  static constexpr ForwardKernels kSse2 = {ForwardDctSse2, QuantiseBlockSse2};
+  return &kSse2;
 #else
   return nullptr;
 #endif
-}
-
-const ForwardKernels& SelectForwardKernels() {
-  const ForwardKernels* vector = Sse2ForwardKernels();
-  return vector != nullptr && VectorKernelsEnabled() ? *vector : kScalarBlocks;
 }
 
 }  // namespace vantaro::encoder

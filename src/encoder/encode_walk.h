@@ -22,13 +22,13 @@ namespace vantaro::encoder {
 // alpha end markers after every macroblock. Readers take those 6 bits as
 // the next macroblock's start; kept as the format has it.
 template <class Layout, Family F, AlphaCoding A, bool kExtraEndMarkers>
-void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t* picture,
+Status EncodeWalk(const CodecInstance& instance, const Kernels& kernels, BitWriter& writer, const uint8_t* picture,
                 const uint8_t* chroma, int32_t stride, uint32_t slice) {
   const int32_t columns = instance.width / 16;
   const SliceRows rows = SliceRowsFor(instance.height, slice);
-  if (columns <= 0 || (rows.fullRows == 0 && !rows.hasPartialRow)) return;
-  const ForwardKernels& blocks = SelectForwardKernels();
-  const LoaderKernels& loaders = SelectLoaderKernels();
+  if (columns <= 0 || (rows.fullRows == 0 && !rows.hasPartialRow)) return Status::kOk;
+  const ForwardKernels& blocks = *kernels.forward;
+  const LoaderKernels& loaders = *kernels.loaders;
   const int32_t pu = stride / 16;  // loaders' line distance: the pitch rounded toward zero
   MacroblockScratch scratch{};
 
@@ -40,11 +40,12 @@ void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t*
     }
   };
   // Row r of the field's macroblock rows starts 16 * r field lines down.
+  // Its second-plane lines move with it, SecondRowMove per slice row.
   const auto rowStart = [&](int32_t r, const uint8_t*& first, const uint8_t*& second) {
     first = picture + static_cast<ptrdiff_t>(stride) * 16 * r;
     if constexpr (Layout::kHasSecond) {
       second = Layout::SecondStart(instance, picture, chroma, stride, slice) +
-               static_cast<ptrdiff_t>(Layout::SecondLineStride(stride)) * 16 * (r - static_cast<int32_t>(slice));
+               Layout::SecondRowMove(stride) * ((r - static_cast<int32_t>(slice)) / kSlicesPerField);
     }
   };
 
@@ -55,31 +56,32 @@ void EncodeWalk(const CodecInstance& instance, BitWriter& writer, const uint8_t*
     const uint8_t* second = nullptr;
     rowStart(row, first, second);
     for (int32_t c = 0; c < columns; ++c) {
-      Layout::template Load<F, A>(loaders, scratch, first, second, pu);
-      EncodeWithinCapacity(writer, encode);
+      Layout::template LoadRows<F, A>(loaders, scratch, first, second, pu, 16);
+      VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
       first += Layout::kMainStep;
       if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
     }
   }
-  if (!rows.hasPartialRow) return;
+  if (!rows.hasPartialRow) return Status::kOk;
   scratch.ResetPredictors();
   const int lines = rows.partialLines;
   if (lines == 0) {
     for (int32_t c = 0; c < columns; ++c) {
       place::FillFlat<F, A>(scratch);
-      EncodeWithinCapacity(writer, encode);
+      VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
     }
-    return;
+    return Status::kOk;
   }
   const uint8_t* first = nullptr;
   const uint8_t* second = nullptr;
   rowStart(row, first, second);
   for (int32_t c = 0; c < columns; ++c) {
     Layout::template LoadPartial<F, A>(loaders, scratch, first, second, pu, lines);
-    EncodeWithinCapacity(writer, encode);
+    VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
     first += Layout::kMainStep;
     if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
   }
+  return Status::kOk;
 }
 
 }  // namespace vantaro::encoder

@@ -28,29 +28,24 @@ EncodeSliceWalkFn ByAlpha(bool hasAlpha) {
   }
 }
 
-template <class Layout, Family F, bool kDctArm>
-EncodeSliceWalkFn Fixed(bool alpha) {
-  return ByAlpha<Layout, F, kDctArm>(alpha);
-}
-
 // The rows of one dispatcher. csYUY2 and csUYVY never code alpha (but a DCT
 // arm always does); csUYVA and csAYUV always do; the rest follow hasAlpha.
 // In a DCT arm the alpha those sources lack is supplied opaque by the loader.
 template <Family F, bool kDctArm>
 EncodeSliceWalkFn Find(uint32_t colorSpace, bool hasAlpha) {
   switch (colorSpace) {
-    case kCsNV12: return ByAlpha<PlanarLayout<kCsNV12>, F, kDctArm>(hasAlpha);
-    case kCsNV16: return ByAlpha<PlanarLayout<kCsNV16>, F, kDctArm>(hasAlpha);
-    case kCsNV24: return ByAlpha<PlanarLayout<kCsNV24>, F, kDctArm>(hasAlpha);
-    case kCsYA20: return ByAlpha<PlanarLayout<kCsYA20>, F, kDctArm>(hasAlpha);
-    case kCsYA22: return ByAlpha<PlanarLayout<kCsYA22>, F, kDctArm>(hasAlpha);
-    case kCsYA44: return ByAlpha<PlanarLayout<kCsYA44>, F, kDctArm>(hasAlpha);
-    case kCsYUY2: return Fixed<PackedLayout<kCsYUY2>, F, kDctArm>(false);
-    case kCsUYVY: return Fixed<PackedLayout<kCsUYVY>, F, kDctArm>(false);
-    case kCsUYVA: return Fixed<PackedLayout<kCsUYVA>, F, kDctArm>(true);
-    case kCsAYUV: return Fixed<PackedLayout<kCsAYUV>, F, kDctArm>(true);
-    case kCsRGB24: return ByAlpha<PackedLayout<kCsRGB24>, F, kDctArm, true>(hasAlpha);
-    case kCsRGB32: return ByAlpha<PackedLayout<kCsRGB32>, F, kDctArm>(hasAlpha);
+    case kCsNV12: return ByAlpha<PlanarLoader<kCsNV12>, F, kDctArm>(hasAlpha);
+    case kCsNV16: return ByAlpha<PlanarLoader<kCsNV16>, F, kDctArm>(hasAlpha);
+    case kCsNV24: return ByAlpha<PlanarLoader<kCsNV24>, F, kDctArm>(hasAlpha);
+    case kCsYA20: return ByAlpha<PlanarLoader<kCsYA20>, F, kDctArm>(hasAlpha);
+    case kCsYA22: return ByAlpha<PlanarLoader<kCsYA22>, F, kDctArm>(hasAlpha);
+    case kCsYA44: return ByAlpha<PlanarLoader<kCsYA44>, F, kDctArm>(hasAlpha);
+    case kCsYUY2: return ByAlpha<PackedLoader<kCsYUY2>, F, kDctArm>(false);
+    case kCsUYVY: return ByAlpha<PackedLoader<kCsUYVY>, F, kDctArm>(false);
+    case kCsUYVA: return ByAlpha<PackedLoader<kCsUYVA>, F, kDctArm>(true);
+    case kCsAYUV: return ByAlpha<PackedLoader<kCsAYUV>, F, kDctArm>(true);
+    case kCsRGB24: return ByAlpha<PackedLoader<kCsRGB24>, F, kDctArm, true>(hasAlpha);
+    case kCsRGB32: return ByAlpha<PackedLoader<kCsRGB32>, F, kDctArm>(hasAlpha);
     default: return nullptr;  // Invalid, csYV12: the slice stays empty
   }
 }

@@ -1,14 +1,11 @@
 // Kernel tables of the encoder: the block transform and quantiser, and the
-// loaders' line unpacking. Each table is filled with the plain scalar
-// kernels first and, where the processor has them, the SSE2 kernels over
-// them. A walk picks its tables once, when it starts.
+// loaders' line unpacking. The Kernels record (codec/kernels.h) holds the
+// ones a walk runs.
 #pragma once
 
 #include <cstdint>
 
-#if defined(__x86_64__) || defined(_M_X64) || defined(__i386__) || defined(_M_IX86)
-#define VANTARO_HAVE_SSE2_KERNELS 1
-#endif
+#include "codec/kernels.h"
 
 namespace vantaro::encoder {
 
@@ -41,14 +38,10 @@ struct LoaderKernels {
   void (*rgb32)(const uint8_t* source, LineSamples& out);  // 64 bytes: B G R A
 };
 
-const ForwardKernels& ScalarForwardKernels();
-const LoaderKernels& ScalarLoaderKernels();
-// The SSE2 tables; null on a build without SSE2.
-const ForwardKernels* Sse2ForwardKernels();
-const LoaderKernels* Sse2LoaderKernels();
-
-// The tables a walk uses: SSE2 when present and VectorKernelsEnabled().
-const ForwardKernels& SelectForwardKernels();
-const LoaderKernels& SelectLoaderKernels();
+extern const ForwardKernels kForwardKernelsScalar;
+extern const LoaderKernels kLoaderKernelsScalar;
+// Null on builds without SSE2.
+const ForwardKernels* ForwardKernelsSse2();
+const LoaderKernels* LoaderKernelsSse2();
 
 }  // namespace vantaro::encoder

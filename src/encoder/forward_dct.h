@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "codec/kernels.h"
+#include "codec/transform_basis.h"
 #include "encoder/encoder_kernels.h"
 
 namespace vantaro::encoder {
@@ -13,23 +15,43 @@ namespace vantaro::encoder {
 // is part of the stream, not an approximation to be improved.
 void ForwardDctScalar(int16_t* block);
 
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#if defined(VANTARO_KERNELS_SSE2)
 void ForwardDctSse2(int16_t* block);
 #endif
 
 namespace dct {
 
-constexpr int16_t kTan1 = 13036;   // tan(pi/16), 16 fractional bits
-constexpr int16_t kTan2 = 27146;   // tan(2pi/16), 16 fractional bits
-constexpr int16_t kTan3 = -21746;  // tan(3pi/16) - 1: the 16-bit pattern of 43790
-constexpr int16_t kCos4 = 23170;   // cos(pi/4), 15 fractional bits: halves through mulhi
+using transform::kCos4;
+using transform::kRowSet;
+using transform::kTan1;
+using transform::kTan2;
+using transform::kTan3;
 
+// Where each lane of the row matrices M0..M3 takes its basis entry (signed
+// index, see transform::Basis): the sums s0 s1 d0 d1 s2 s3 d2 d3 of a row
+// against the cosines that make its outputs 0..3 (M0, M1) and 4..7 (M2, M3).
+constexpr int kRowMatrixIndex[4][8] = {{1, 1, 2, 4, -7, -3, -2, -6},
+                                       {1, 1, 6, 8, 3, 7, 4, -8},
+                                       {1, -1, 6, -2, 3, -7, 4, -2},
+                                       {-1, 1, 8, 4, 7, -3, 8, -6}};
+
+struct RowMatrices {
+  int16_t m[4][4][8];
+};
+constexpr RowMatrices MakeRowMatrices() {
+  RowMatrices r{};
+  for (int set = 0; set < 4; ++set) {
+    for (int k = 0; k < 4; ++k) {
+      for (int lane = 0; lane < 8; ++lane) r.m[set][k][lane] = transform::Basis(set, kRowMatrixIndex[k][lane]);
+    }
+  }
+  return r;
+}
 // Row matrices M0..M3 by row set: rows 0/4, 1/7, 2/6, 3/5.
-alignas(16) extern const int16_t kRowMatrix[4][4][8];
+alignas(16) inline constexpr RowMatrices kRowMatrices = MakeRowMatrices();
+inline constexpr const int16_t (&kRowMatrix)[4][4][8] = kRowMatrices.m;
 // Rounding terms of the row pass by row: deliberately uneven, kept as streams have them.
 alignas(16) extern const int16_t kRowRounding[8][8];
-// The matrix set of each row.
-constexpr int kRowSet[8] = {0, 1, 2, 3, 0, 3, 2, 1};
 
 }  // namespace dct
 }  // namespace vantaro::encoder

@@ -3,7 +3,7 @@
 // dot products with a multiply-and-add of adjacent pairs.
 #include "encoder/forward_dct.h"
 
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
 namespace vantaro::encoder {

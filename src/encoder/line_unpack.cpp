@@ -1,6 +1,6 @@
 // Scalar line unpacking for the loaders, and the choice of loader kernels.
 #include "codec/global_tables.h"
-#include "codec/vector_kernels.h"
+#include "codec/kernels.h"
 #include "encoder/encoder_kernels.h"
 
 namespace vantaro::encoder {
@@ -52,10 +52,11 @@ int16_t Clamp255(int16_t v) { return static_cast<int16_t>(v < 0 ? 0 : (v > 255 ?
 // Y as it stands; U and V saturate to 0..255 as a pack to bytes does.
 template <int kBytes>
 void Rgb(const uint8_t* s, LineSamples& out) {
+  const GlobalTables& tables = Tables();
   for (int i = 0; i < 16; ++i) {
-    const ColorLanes& b = LutBlue[s[kBytes * i]];
-    const ColorLanes& g = LutGreen[s[kBytes * i + 1]];
-    const ColorLanes& r = LutRed[s[kBytes * i + 2]];
+    const ColorLanes& b = tables.lutBlue[s[kBytes * i]];
+    const ColorLanes& g = tables.lutGreen[s[kBytes * i + 1]];
+    const ColorLanes& r = tables.lutRed[s[kBytes * i + 2]];
     int16_t lane[3];
     for (int l = 0; l < 3; ++l) {
       const uint16_t sum = static_cast<uint16_t>(static_cast<uint16_t>(b.lane[l]) +
@@ -77,15 +78,6 @@ constexpr LoaderKernels kScalarLoaders = {
 
 }  // namespace
 
-const LoaderKernels& ScalarLoaderKernels() { return kScalarLoaders; }
-
-const LoaderKernels& SelectLoaderKernels() {
-  const LoaderKernels* vector = Sse2LoaderKernels();
-  return vector != nullptr && VectorKernelsEnabled() ? *vector : kScalarLoaders;
-}
-
-#if !defined(VANTARO_HAVE_SSE2_KERNELS)
-const LoaderKernels* Sse2LoaderKernels() { return nullptr; }
-#endif
+const LoaderKernels kLoaderKernelsScalar = kScalarLoaders;
 
 }  // namespace vantaro::encoder

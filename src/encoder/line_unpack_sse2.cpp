@@ -3,7 +3,7 @@
 // kernel writes exactly the fields its scalar twin writes.
 #include "encoder/encoder_kernels.h"
 
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
 #include "codec/global_tables.h"
@@ -94,14 +94,15 @@ inline __m128i Entries(const ColorLanes& first, const ColorLanes& second) {
 // wrap and shifted by 5; the byte pack saturates U and V, Y is kept unpacked.
 template <int kBytes>
 void Rgb(const uint8_t* s, LineSamples& out) {
+  const GlobalTables& tables = Tables();
   alignas(16) int16_t wide[64];
   alignas(16) uint8_t narrow[64];
   for (int i = 0; i < 16; i += 2) {
     const uint8_t* p = s + kBytes * i;
     const uint8_t* q = p + kBytes;
-    __m128i sum = _mm_add_epi16(Entries(LutBlue[p[0]], LutBlue[q[0]]),
-                                Entries(LutGreen[p[1]], LutGreen[q[1]]));
-    sum = _mm_srai_epi16(_mm_add_epi16(sum, Entries(LutRed[p[2]], LutRed[q[2]])), 5);
+    __m128i sum = _mm_add_epi16(Entries(tables.lutBlue[p[0]], tables.lutBlue[q[0]]),
+                                Entries(tables.lutGreen[p[1]], tables.lutGreen[q[1]]));
+    sum = _mm_srai_epi16(_mm_add_epi16(sum, Entries(tables.lutRed[p[2]], tables.lutRed[q[2]])), 5);
     _mm_store_si128(reinterpret_cast<__m128i*>(wide + 4 * i), sum);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(narrow + 4 * i), _mm_packus_epi16(sum, sum));
   }
@@ -118,7 +119,14 @@ constexpr LoaderKernels kSse2Loaders = {Luma8, LumaAlpha, ChromaHalf, ChromaFull
 
 }  // namespace
 
-const LoaderKernels* Sse2LoaderKernels() { return &kSse2Loaders; }
+const LoaderKernels* LoaderKernelsSse2() { return &kSse2Loaders; }
 
 }  // namespace vantaro::encoder
+
+#else
+
+namespace vantaro::encoder {
+const LoaderKernels* LoaderKernelsSse2() { return nullptr; }
+}  // namespace vantaro::encoder
+
 #endif

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "codec/bit_stream.h"
+#include "codec/block_orders.h"
 #include "codec/codec_instance.h"
 #include "codec/macroblock_scratch.h"
 #include "encoder/alpha_coder.h"
@@ -14,31 +15,11 @@
 
 namespace vantaro::encoder {
 
-enum class Family : uint8_t { k420, k422, k444 };
-enum class AlphaCoding : uint8_t { kNone, kRunValue, kDct };
-
 // Worst case of one macroblock, 16 blocks of escapes and two alpha halves of
 // 20-bit pairs (about 3.7 KiB), rounded up.
 constexpr size_t kWorstCaseMacroblockBytes = 4096;
 
 namespace mb {
-
-enum Plane : uint8_t { kY = 0, kU = 1, kV = 2, kA = 3 };
-
-struct BlockStep {
-  uint8_t block;
-  uint8_t plane;
-};
-
-// Luma left, right on the top row, then on the bottom row; chroma U, V
-// alternating, top half before bottom, left column before right. The order
-// inside a plane differs between luma and chroma on purpose: streams have it.
-constexpr BlockStep kOrder420[] = {{0, kY}, {2, kY}, {1, kY}, {3, kY}, {4, kU}, {6, kV}};
-constexpr BlockStep kOrder422[] = {{0, kY}, {2, kY}, {1, kY}, {3, kY},
-                                   {4, kU}, {6, kV}, {5, kU}, {7, kV}};
-constexpr BlockStep kOrder444[] = {{0, kY}, {2, kY}, {1, kY},  {3, kY},  {4, kU}, {6, kV},
-                                   {5, kU}, {7, kV}, {8, kU}, {10, kV}, {9, kU}, {11, kV}};
-constexpr BlockStep kOrderDctAlpha[] = {{12, kA}, {14, kA}, {13, kA}, {15, kA}};
 
 // One block: transform, quantise, scan, DC difference against its plane's
 // predictor (predictor minus current, 16-bit wrap), code.
@@ -53,7 +34,7 @@ inline void EncodeOneBlock(const CodecInstance& instance, const ForwardKernels& 
   uint16_t& predictor = scratch.dcPredictor[step.plane];
   scanned[0] = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
   predictor = current;
-  if (step.plane == kU || step.plane == kV) {
+  if (IsChromaPlane(step.plane)) {
     EncodeChromaBlock(instance, scanned, writer);
   } else {
     EncodeLumaBlock(instance, scanned, writer);
@@ -75,16 +56,16 @@ template <Family F, AlphaCoding A>
 void EncodeMacroblock(const CodecInstance& instance, const ForwardKernels& kernels,
                       MacroblockScratch& scratch, BitWriter& writer) {
   if constexpr (F == Family::k420) {
-    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrder420, writer);
+    mb::EncodeBlocks(instance, kernels, scratch, kOrder420, writer);
   } else if constexpr (F == Family::k422) {
-    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrder422, writer);
+    mb::EncodeBlocks(instance, kernels, scratch, kOrder422, writer);
   } else {
-    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrder444, writer);
+    mb::EncodeBlocks(instance, kernels, scratch, kOrder444, writer);
   }
   if constexpr (A == AlphaCoding::kRunValue) {
     EncodeAlphaPlane(scratch, writer);
   } else if constexpr (A == AlphaCoding::kDct) {
-    mb::EncodeBlocks(instance, kernels, scratch, mb::kOrderDctAlpha, writer);
+    mb::EncodeBlocks(instance, kernels, scratch, kOrderDctAlpha, writer);
   }
 }
 

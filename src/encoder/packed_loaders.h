@@ -6,33 +6,18 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "codec/codec_instance.h"
+#include "codec/layout_traits.h"
 #include "encoder/loader_place.h"
 
 namespace vantaro::encoder {
 
 template <ColorSpace CS>
-struct PackedLayout {
+struct PackedLoader : LayoutTraits<CS> {
   static_assert(CS >= kCsYUY2 && CS <= kCsRGB32);
-  static constexpr bool kPacked422 = CS == kCsYUY2 || CS == kCsUYVY || CS == kCsUYVA;
-  static constexpr bool kFullWidthChroma = !kPacked422;
-  static constexpr bool kHasSecond = CS == kCsUYVA;  // the alpha plane
-  static constexpr int32_t kMainStep = kPacked422 ? 32 : (CS == kCsRGB24 ? 48 : 64);
-  static constexpr int32_t kSecondStep = 16;
-
-  static int32_t SecondLineStride(int32_t t) { return t / 2; }
-
-  // The csUYVA alpha plane lies behind the field's image lines. A field of a
-  // whole-frame call other than the first finds it from frameBase, one alpha
-  // line (width bytes) further on.
-  static const uint8_t* SecondStart(const CodecInstance& instance, const uint8_t* picture,
-                                    const uint8_t*, int32_t t, uint32_t slice) {
-    const ptrdiff_t half = static_cast<ptrdiff_t>(instance.height / 2) * t;
-    const uint8_t* base = instance.frameBase == nullptr || instance.frameBase == picture
-                              ? picture + half
-                              : instance.frameBase + half + instance.width;
-    return base + static_cast<ptrdiff_t>(t / 2) * 16 * slice;
-  }
+  using Traits = LayoutTraits<CS>;
+  static constexpr bool kPacked422 = !Traits::kFullWidthChroma;
+  static constexpr bool kFullWidthChroma = Traits::kFullWidthChroma;
+  static constexpr int32_t kMainStep = Traits::kColumnBytes;
 
   static void Unpack(const LoaderKernels& k, const uint8_t* line, LineSamples& out) {
     switch (CS) {
@@ -79,20 +64,14 @@ struct PackedLayout {
                        const uint8_t* second, int32_t pu, int rows) {
     const ptrdiff_t lineDistance = ptrdiff_t{16} * pu;
     // csUYVA alpha lines inside a macroblock: (t / 16 / 2) * 16 apart.
-    const ptrdiff_t alphaDistance = ptrdiff_t{16} * (pu / 2);
+    const ptrdiff_t alphaDistance = Traits::SecondLineStride(ptrdiff_t{16} * pu);
     for (int row = 0; row < rows; ++row) {
       LineSamples l;
       Unpack(k, source + lineDistance * row, l);
       const uint8_t* alphaLine = nullptr;
-      if constexpr (kHasSecond) alphaLine = second + alphaDistance * row;
+      if constexpr (Traits::kHasSecond) alphaLine = second + alphaDistance * row;
       PutLine<F, A>(s, l, alphaLine, row);
     }
-  }
-
-  template <Family F, AlphaCoding A>
-  static void Load(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
-                   const uint8_t* second, int32_t pu) {
-    LoadRows<F, A>(k, s, source, second, pu, 16);
   }
 
   template <Family F, AlphaCoding A>

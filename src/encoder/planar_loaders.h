@@ -12,50 +12,28 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "codec/codec_instance.h"
+#include "codec/layout_traits.h"
 #include "encoder/loader_place.h"
 
 namespace vantaro::encoder {
 
 template <ColorSpace CS>
-struct PlanarLayout {
+struct PlanarLoader : LayoutTraits<CS> {
   static_assert(IsPlanar(CS));
-  static constexpr bool kLumaAlpha = CS == kCsYA20 || CS == kCsYA22 || CS == kCsYA44;
-  static constexpr bool kFullWidthChroma = CS == kCsNV24 || CS == kCsYA44;
+  using Traits = LayoutTraits<CS>;
+  static constexpr bool kLumaAlpha = Traits::kLumaAlpha;
+  static constexpr bool kFullWidthChroma = Traits::kFullWidthChroma;
   // Half-height chroma (csNV12, csYA20) gives one chroma line per pass.
-  static constexpr bool kChromaPair = !(CS == kCsNV12 || CS == kCsYA20);
-  static constexpr bool kHasSecond = true;
+  static constexpr bool kChromaPair = !Traits::kHalfHeightChroma;
   // Twice what a loader reads per macroblock: every second group of 16
   // columns is skipped. Kept for stream compatibility.
-  static constexpr int32_t kMainStep = kLumaAlpha ? 64 : 32;
-  static constexpr int32_t kSecondStep = kFullWidthChroma ? 32 : 16;
+  static constexpr int32_t kMainStep = 2 * Traits::kColumnBytes;
 
-  // The second plane's distance per line of the field, for slice starts and
-  // row moves.
-  static int32_t SecondLineStride(int32_t t) {
-    switch (CS) {
-      case kCsNV12: return t >> 1;
-      case kCsNV16: return t;
-      case kCsNV24: return t * 2;
-      case kCsYA20: return t >> 2;
-      case kCsYA22: return t >> 1;
-      default: return t;  // csYA44
-    }
-  }
-
-  static const uint8_t* SecondStart(const CodecInstance&, const uint8_t*, const uint8_t* chroma,
-                                    int32_t t, uint32_t slice) {
-    return chroma + static_cast<ptrdiff_t>(SecondLineStride(t)) * 16 * slice;
-  }
-
-  // Distance of the second chroma line of a pair, from the loaders' line
-  // distance in units of 16 bytes.
+  // Distance of the second chroma line of a pair: the stores' line distance
+  // taken on the loaders' line distance in units of 16 bytes, halved by
+  // division.
   static ptrdiff_t PairDistance(int32_t pu) {
-    switch (CS) {
-      case kCsNV24: return ptrdiff_t{32} * pu;
-      case kCsYA22: return ptrdiff_t{16} * (pu / 2);
-      default: return ptrdiff_t{16} * pu;  // csNV16, csYA44
-    }
+    return ptrdiff_t{16} * (pu / (1 << Traits::kFacts.lineShift)) * Traits::kFacts.lineMul;
   }
 
   // Rows 0..rows-1 (rows even), each from line 0 or 1 by its parity.
@@ -92,12 +70,6 @@ struct PlanarLayout {
         place::PutChroma<F, kFullWidthChroma>(s, row, c.u, c.v);
       }
     }
-  }
-
-  template <Family F, AlphaCoding A>
-  static void Load(const LoaderKernels& k, MacroblockScratch& s, const uint8_t* source,
-                   const uint8_t* second, int32_t pu) {
-    LoadRows<F, A>(k, s, source, second, pu, 16);
   }
 
   // A pass always writes two rows, so an odd `lines` loads one more; the

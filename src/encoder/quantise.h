@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "codec/kernels.h"
+
 #include "encoder/forward_dct.h"
 
 namespace vantaro::encoder {
@@ -14,7 +16,7 @@ namespace vantaro::encoder {
 // -32768..32767. No dead zone.
 void QuantiseBlockScalar(int16_t* block, const float* reciprocals);
 
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#if defined(VANTARO_KERNELS_SSE2)
 void QuantiseBlockSse2(int16_t* block, const float* reciprocals);
 #endif
 

@@ -2,7 +2,7 @@
 // default rounding (to nearest, ties to even) and a saturating pack to 16 bits.
 #include "encoder/quantise.h"
 
-#if defined(VANTARO_HAVE_SSE2_KERNELS)
+#if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
 namespace vantaro::encoder {

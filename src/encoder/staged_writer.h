@@ -15,13 +15,13 @@
 namespace vantaro::encoder {
 
 // Runs `encode(writer)`, which writes at most kWorstCaseMacroblockBytes.
-// Throws EncodeError, with nothing stored past `writer.capacity`, when the
-// result would not fit.
+// kDoesNotFit, with nothing stored past `writer.capacity`, when the result
+// would not fit.
 template <class Encode>
-inline void EncodeWithinCapacity(BitWriter& writer, Encode&& encode) {
+inline Status EncodeWithinCapacity(BitWriter& writer, Encode&& encode) {
   if (RoomFor(writer, kWorstCaseMacroblockBytes)) {
     encode(writer);
-    return;
+    return Status::kOk;
   }
   constexpr size_t kStagingBytes = kWorstCaseMacroblockBytes + 8;
   uint8_t staging[kStagingBytes];
@@ -35,10 +35,11 @@ inline void EncodeWithinCapacity(BitWriter& writer, Encode&& encode) {
   encode(staged);
   // The last store reaches at most four bytes from the final byte position.
   const size_t touched = (staged.bitPos >> 3) + 4;
-  if (touched > available) throw EncodeError("stream buffer too small");
+  if (touched > available) return Status::kDoesNotFit;
   std::memcpy(writer.buffer + startByte, staging, touched);
   writer.carry = staged.carry;
   writer.bitPos = (writer.bitPos & ~7u) + staged.bitPos;
+  return Status::kOk;
 }
 
 }  // namespace vantaro::encoder

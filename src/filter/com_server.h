@@ -2,7 +2,7 @@
 // registration of its one class, and the module entry's processor check.
 #pragma once
 
-#include "filter/com_base.h"
+#include "filter/base/com_base.h"
 
 namespace vantaro {
 

@@ -5,7 +5,8 @@
 #include <new>
 
 #include "codec/codec_instance.h"
-#include "codec/field_flow.h"
+#include "codec/layout_facts.h"
+#include "codec/wrapping.h"
 #include "filter/vantaro_decoder.h"
 #include "platform/registry.h"
 
@@ -29,15 +30,6 @@ constexpr OutputFormat Row(uint32_t fourcc, uint16_t bits, bool videoInfo2) {
 constexpr OutputFormat RgbRow(bool videoInfo2) {
   return {kMediaSubtypeRgb32, 32, kBiRgb, videoInfo2};
 }
-
-// Signed 32-bit arithmetic that wraps, as the line-size formulas do.
-int32_t Mul(int32_t a, int32_t b) {
-  return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
-}
-int32_t Add(int32_t a, int32_t b) {
-  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-}
-int32_t Abs(int32_t v) { return v < 0 ? Mul(v, -1) : v; }
 
 // The format block of a video type, by format type. Only a block as large
 // as its kind counts as present.
@@ -75,26 +67,17 @@ uint32_t QueryRegistryDword(RegistryKey key, const char16_t* name, uint32_t fall
 // Bytes a planar decode reaches from the output pointer: the main plane,
 // then the second plane whose lines, field by field, sit `pitch` apart.
 uint32_t PlanarFrameBytes(uint32_t colorSpace, int32_t width, int32_t height, int32_t stride) {
-  struct Layout {
-    int32_t linesPerRow;   // second-plane lines per 16 field lines
-    int32_t pitchStrides;  // second-plane line distance within a field, in strides
-    int32_t lineWidths;    // second-plane line length, in picture widths
-  };
-  Layout layout{};
-  switch (colorSpace) {
-    case kCsNV12: layout = {8, 2, 1}; break;
-    case kCsNV16: layout = {16, 2, 1}; break;
-    case kCsNV24: layout = {16, 4, 2}; break;
-    case kCsYA20: layout = {8, 1, 1}; break;
-    case kCsYA22: layout = {16, 1, 1}; break;
-    case kCsYA44: layout = {16, 2, 2}; break;
-    default: return 0;
-  }
+  const LayoutFacts& facts = LayoutOf(colorSpace);
+  if (facts.second != SecondPlane::kChroma) return 0;
+  // Per 16 field lines: 8 or 16 second-plane lines, the stores' line
+  // distance for a field stride of two lines apart (the stride is a multiple
+  // of four, so the shift is exact), each SecondStep bytes per 16 pixels.
+  const int64_t linesPerRow = HalfHeightChroma(facts) ? 8 : 16;
+  const int64_t pitch = int64_t{(2 * facts.lineMul) >> facts.lineShift} * stride;
   const int64_t rows = ((height + 1) / 2 + 15) / 16;  // whole macroblock rows of a field
-  const int64_t lines = rows * layout.linesPerRow;
-  const int64_t bytes = int64_t{height} * stride + SecondFieldChromaOffset(colorSpace, stride) +
-                        (lines - 1) * layout.pitchStrides * stride +
-                        int64_t{layout.lineWidths} * width;
+  const int64_t lines = rows * linesPerRow;
+  const int64_t bytes = int64_t{height} * stride + SecondFieldOffset(facts, stride) +
+                        (lines - 1) * pitch + int64_t{SecondStep(facts) / 16} * width;
   return bytes > 0 && bytes <= UINT32_MAX ? static_cast<uint32_t>(bytes) : UINT32_MAX;
 }
 
@@ -183,7 +166,7 @@ HRESULT CVantaroDecoder::CheckTransform(const CMediaType* in, const CMediaType* 
   if (!(out->majortype == kMediaTypeVideo)) return kSOk;
   FormatBlock block;
   if (!FindFormatBlock(*out, &block)) return kVfwETypeNotAccepted;
-  if (Abs(block.header->biHeight) < f_.frameHeight || block.header->biWidth < f_.frameWidth) {
+  if (WrapAbs(block.header->biHeight) < f_.frameHeight || block.header->biWidth < f_.frameWidth) {
     return kVfwETypeNotAccepted;
   }
   return kSOk;
@@ -226,9 +209,9 @@ HRESULT CVantaroDecoder::GetMediaType(int32_t position, CMediaType* mediaType) {
   header->biCompression = row.compression;
   header->biBitCount = row.bitCount;
   // RGB is always delivered top-down.
-  header->biHeight = row.compression == kBiRgb ? Mul(f_.frameHeight, -1) : f_.frameHeight;
-  const int32_t line = Add(Mul(row.bitCount, header->biWidth), 31) >> 3 & 0x1FFFFFFC;
-  header->biSizeImage = static_cast<uint32_t>(Mul(line, Abs(header->biHeight)));
+  header->biHeight = row.compression == kBiRgb ? WrapMul(f_.frameHeight, -1) : f_.frameHeight;
+  const int32_t line = WrapAdd(WrapMul(row.bitCount, header->biWidth), 31) >> 3 & 0x1FFFFFFC;
+  header->biSizeImage = static_cast<uint32_t>(WrapMul(line, WrapAbs(header->biHeight)));
 
   mediaType->majortype = kMediaTypeVideo;
   mediaType->subtype = row.subtype;
@@ -297,7 +280,7 @@ void CVantaroDecoder::ApplyAspectRules(const BITMAPINFOHEADER& header) {
     set(4, 3, 59, 54);
   } else if (w == 720) {
     set(4, 3, f_.pixelAspectX, f_.pixelAspectY);
-  } else if (w == Mul(h, 16) / 9) {
+  } else if (w == WrapMul(h, 16) / 9) {
     set(16, 9, 1, 1);
     if (w == 1280) f_.interlaceFlags = f_.typeSpecificFlags = 0;  // 720p is progressive
   } else {
@@ -340,27 +323,26 @@ HRESULT CVantaroDecoder::ApplyOutputFormat(AM_MEDIA_TYPE* mediaType) {
   }
   if (row == nullptr) return kSFalse;
   const BITMAPINFOHEADER& header = *block.header;
-  if (header.biWidth < f_.frameWidth || Abs(header.biHeight) < f_.frameHeight) return kSFalse;
+  if (header.biWidth < f_.frameWidth || WrapAbs(header.biHeight) < f_.frameHeight) return kSFalse;
 
   const int32_t bits = header.biBitCount;
   const int32_t w = header.biWidth;
-  const int32_t h = Abs(header.biHeight);
+  const int32_t h = WrapAbs(header.biHeight);
   if (bits == 24 && (row->compression == kUYVA || row->compression == kUYVY)) {
     // Packed UYVY lines with the alpha plane behind them: two bytes a pixel
     // for the line, three for the frame.
-    f_.outputStride = Add(Mul(w, 16), 31) >> 3 & ~3;
-    f_.outputBufferSize = static_cast<uint32_t>(Mul(Mul(h, w), 3));
+    f_.outputStride = WrapAdd(WrapMul(w, 16), 31) >> 3 & ~3;
+    f_.outputBufferSize = static_cast<uint32_t>(WrapMul(WrapMul(h, w), 3));
   } else {
-    f_.outputStride = Add(Mul(bits, w), 31) >> 3 & ~3;
-    f_.outputBufferSize = static_cast<uint32_t>(Mul(f_.outputStride, h));
+    f_.outputStride = WrapAdd(WrapMul(bits, w), 31) >> 3 & ~3;
+    f_.outputBufferSize = static_cast<uint32_t>(WrapMul(f_.outputStride, h));
   }
   // A mere change of stride keeps the instance; a new layout needs a new one.
   if (row->compression != f_.outputCompression) ReplaceInstance(header, row->compression);
-  const auto* instance = static_cast<const CodecInstance*>(f_.instance);
   const uint32_t planar =
-      instance == nullptr ? 0
-                          : PlanarFrameBytes(instance->colorSpace, f_.frameWidth,
-                                             Abs(f_.frameHeight), f_.outputStride);
+      f_.instance == nullptr ? 0
+                             : PlanarFrameBytes(f_.outputLayout, f_.frameWidth,
+                                                WrapAbs(f_.frameHeight), f_.outputStride);
   f_.outputFrameBytes = planar > f_.outputBufferSize ? planar : f_.outputBufferSize;
   return kSOk;
 }
@@ -371,6 +353,7 @@ void CVantaroDecoder::ReplaceInstance(const BITMAPINFOHEADER& outputHeader, uint
   copy.biWidth = f_.frameWidth;
   copy.biHeight = f_.frameHeight;
   f_.instance = VTC_DecompressFieldBegin(&copy, f_.inputFourcc);
+  f_.outputLayout = static_cast<uint32_t>(ColorSpaceFromHeader(&copy));
   f_.outputCompression = compression;
 }
 

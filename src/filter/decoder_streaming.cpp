@@ -3,7 +3,7 @@
 // flags rewritten on the way and any format change it carries taken up.
 #include <cstdlib>
 
-#include "codec/codec_instance.h"
+#include "codec/layout_facts.h"
 #include "filter/vantaro_decoder.h"
 
 namespace vantaro {
@@ -73,12 +73,12 @@ HRESULT CVantaroDecoder::DecodeInto(IMediaSample* in, IMediaSample* out) {
   if (in->GetPointer(&input) != kSOk || out->GetPointer(&output) != kSOk) return kSFalse;
   // Nothing to decode with after a refused output type, and no writing past
   // a buffer smaller than the frame.
-  auto* instance = static_cast<CodecInstance*>(f_.instance);
+  void* instance = f_.instance;
   if (instance == nullptr || out->GetSize() < 0 ||
       static_cast<uint32_t>(out->GetSize()) < f_.outputFrameBytes) {
     return kSFalse;
   }
-  if (IsPlanar(instance->colorSpace)) {
+  if (IsPlanar(f_.outputLayout)) {
     // The second plane follows the frame's lines, as the driver lays it out.
     const int64_t lines = std::llabs(int64_t{f_.frameHeight});
     uint8_t* chroma = output + lines * f_.outputStride;

@@ -3,7 +3,7 @@
 // decodes; one instance of the codec follows the output format.
 #pragma once
 
-#include "filter/transform_filter.h"
+#include "filter/base/transform_filter.h"
 
 namespace vantaro {
 
@@ -39,7 +39,8 @@ class CVantaroDecoder final : public CTransformFilter, public IVantaroDecoder {
  public:
   // The state that negotiation sets and streaming reads.
   struct Fields {
-    void* instance = nullptr;
+    void* instance = nullptr;  // opaque: the filter reads nothing through it
+    uint32_t outputLayout = 0;  // the layout id the instance decodes into
     uint32_t inputFourcc = 0xFFFFFFFFu;
     uint32_t outputCompression = 0xFFFFFFFFu;  // 0 for RGB
     int32_t frameWidth = 0;

@@ -164,8 +164,9 @@ int32_t RegistryCloseKey(RegistryKey key) {
   return s.handles.erase(key) == 1 ? kErrorSuccess : kErrorInvalidParameter;
 }
 
-int32_t RegistrySetString(RegistryKey key, const std::u16string& name,
-                          const std::u16string& value) {
+namespace {
+template <class Value>
+int32_t SetValue(RegistryKey key, const std::u16string& name, const Value& value) {
   Store& s = TheStore();
   std::lock_guard<std::mutex> guard(s.lock);
   int32_t error = 0;
@@ -173,6 +174,12 @@ int32_t RegistrySetString(RegistryKey key, const std::u16string& name,
   if (node == nullptr) return error;
   node->values[Fold(name)] = {name, value};
   return kErrorSuccess;
+}
+}  // namespace
+
+int32_t RegistrySetString(RegistryKey key, const std::u16string& name,
+                          const std::u16string& value) {
+  return SetValue(key, name, value);
 }
 
 int32_t RegistryQueryDword(RegistryKey key, const std::u16string& name, uint32_t* value) {
@@ -195,13 +202,7 @@ int32_t RegistryQueryDword(RegistryKey key, const std::u16string& name, uint32_t
 }
 
 int32_t RegistrySetDword(RegistryKey key, const std::u16string& name, uint32_t value) {
-  Store& s = TheStore();
-  std::lock_guard<std::mutex> guard(s.lock);
-  int32_t error = 0;
-  Node* node = NodeOf(s, key, &error);
-  if (node == nullptr) return error;
-  node->values[Fold(name)] = {name, value};
-  return kErrorSuccess;
+  return SetValue(key, name, value);
 }
 
 int32_t RegistryEnumSubKey(RegistryKey key, uint32_t index, std::u16string* name) {

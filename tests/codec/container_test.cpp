@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "support/headers.h"
+#include "support/pictures.h"
 
 #include <vector>
 
@@ -68,22 +69,24 @@ TEST(Container, FieldResultsCountBytesSoFarPlusFour) {
 }
 
 TEST(Container, WriterNeverPassesItsCapacity) {
-  CodecInstance instance;
-  InitInstance(&instance);
+  test::TestInstance instance;
   std::vector<uint8_t> stream(40, 0xAB);
   const uint8_t picture[4] = {};
-  EXPECT_THROW(CompressField(&instance, stream.data(), 7, picture, nullptr, 0, 0), EncodeError);
-  EXPECT_THROW(CompressField(&instance, stream.data(), 12, picture, nullptr, 0, 0), EncodeError);
+  int64_t size = 0;
+  EXPECT_EQ(CompressField(instance.get(), stream.data(), 7, picture, nullptr, 0, 0, &size),
+            Status::kDoesNotFit);
+  EXPECT_EQ(CompressField(instance.get(), stream.data(), 12, picture, nullptr, 0, 0, &size),
+            Status::kDoesNotFit);
   for (size_t i = 12; i < stream.size(); ++i) ASSERT_EQ(stream[i], 0xAB) << i;
   // 4 header bytes + 4 * 3 slice bytes + the 4-byte reach of the last store.
-  EXPECT_EQ(CompressField(&instance, stream.data(), 20, picture, nullptr, 0, 0), 20);
-  ReleaseInstance(&instance);
+  EXPECT_EQ(CompressField(instance.get(), stream.data(), 20, picture, nullptr, 0, 0, &size),
+            Status::kOk);
+  EXPECT_EQ(size, 20);
 }
 
 TEST(Container, DecoderFollowsTheQualityByteOnlyInOneToNinetyNine) {
-  CodecInstance instance;
-  InitInstance(&instance);
-  SetStreamFormat(&instance, MakeFourCC('V', 'T', 'Q', '0'));
+  test::TestInstance owner(MakeFourCC('V', 'T', 'Q', '0'));
+  CodecInstance& instance = *owner.get();
   uint8_t frame[32] = {89, 16, 0, 0, 3, 0, 0, 3, 0, 0, 3, 0, 0, 3, 0, 0,
                        3,  0,  0, 3, 0, 0, 3, 0, 0, 3, 0, 0, 0, 0, 0, 0};
   uint8_t picture[4] = {};
@@ -98,15 +101,6 @@ TEST(Container, DecoderFollowsTheQualityByteOnlyInOneToNinetyNine) {
   frame[0] = 1;
   DecompressField(&instance, picture, nullptr, frame, 0, 0);
   EXPECT_EQ(instance.quality, 4u);
-  ReleaseInstance(&instance);
-}
-
-TEST(Container, SecondFieldChromaStartsHalfALineInForNv24AndTheYaPair) {
-  EXPECT_EQ(SecondFieldChromaOffset(kCsNV24, 1440), 720);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsYA20, -1441), -720);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsYA22, 1440), 720);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsNV12, 1440), 1440);
-  EXPECT_EQ(SecondFieldChromaOffset(kCsYA44, 1440), 1440);
 }
 
 }  // namespace

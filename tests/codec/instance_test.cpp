@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "support/headers.h"
+#include "support/pictures.h"
 
 #include "codec/codec_instance.h"
+#include "codec/kernels.h"
+#include "decoder/store_kernels.h"
+#include "encoder/encoder_kernels.h"
 #include "codec/slice_layout.h"
 
 namespace vantaro {
@@ -10,30 +14,23 @@ namespace {
 
 using test::PictureHeader;
 
-struct Instance {
-  CodecInstance value;
-  explicit Instance(uint32_t fourcc) {
-    InitInstance(&value);
-    SetStreamFormat(&value, fourcc);
-  }
-  ~Instance() { ReleaseInstance(&value); }
-};
+using Instance = test::TestInstance;
 
 TEST(Instance, StreamFormatsInEitherCase) {
   Instance upper(MakeFourCC('V', 'T', 'Q', '3'));
   Instance lower(MakeFourCC('v', 't', 'q', '3'));
-  EXPECT_EQ(lower.value.fourcc, MakeFourCC('V', 'T', 'Q', '3'));
-  EXPECT_EQ(lower.value.chromaFamily, upper.value.chromaFamily);
-  EXPECT_EQ(lower.value.hasAlpha, 1);
+  EXPECT_EQ(lower->fourcc, MakeFourCC('V', 'T', 'Q', '3'));
+  EXPECT_EQ(lower->chromaFamily, upper->chromaFamily);
+  EXPECT_EQ(lower->hasAlpha, 1);
   Instance dct(MakeFourCC('V', 'T', 'Q', '7'));
-  EXPECT_EQ(dct.value.chromaFamily, 3u);
-  EXPECT_EQ(dct.value.dctAlpha, 1);
+  EXPECT_EQ(dct->chromaFamily, 3u);
+  EXPECT_EQ(dct->dctAlpha, 1);
   Instance dct444(MakeFourCC('v', 't', 'q', '9'));
-  EXPECT_EQ(dct444.value.chromaFamily, 5u);
-  EXPECT_EQ(dct444.value.dctAlpha, 1);
+  EXPECT_EQ(dct444->chromaFamily, 5u);
+  EXPECT_EQ(dct444->dctAlpha, 1);
   Instance unknown(MakeFourCC('V', 'T', 'Q', '6'));
-  EXPECT_EQ(unknown.value.fourcc, 0u);
-  EXPECT_EQ(unknown.value.quality, 96u);
+  EXPECT_EQ(unknown->fourcc, 0u);
+  EXPECT_EQ(unknown->quality, 96u);
 }
 
 TEST(Instance, ColorSpaceFromHeader) {
@@ -79,9 +76,9 @@ TEST(Instance, BeginCompressRefusesAlphaMismatchesButLetsRgb24FeedAlpha) {
   for (const auto& c : cases) {
     Instance instance(MakeFourCC('V', 'T', 'Q', c.variant));
     const BITMAPINFOHEADER h = PictureHeader(c.compression, c.bits, 720, -480);
-    EXPECT_EQ(BeginCompress(&instance.value, &h), c.expected) << c.variant;
-    EXPECT_EQ(instance.value.height, 480);  // written whatever the verdict
-    EXPECT_EQ(instance.value.width, 720);
+    EXPECT_EQ(BeginCompress(instance.get(), &h), c.expected) << c.variant;
+    EXPECT_EQ(instance->height, 480);  // written whatever the verdict
+    EXPECT_EQ(instance->width, 720);
   }
 }
 
@@ -89,17 +86,17 @@ TEST(Instance, BeginDecompressComparesMagnitudesOnly) {
   Instance instance(MakeFourCC('V', 'T', 'Q', '2'));
   const BITMAPINFOHEADER stream = PictureHeader(MakeFourCC('V', 'T', 'Q', '2'), 16, 720, 480);
   BITMAPINFOHEADER out = PictureHeader(kBiRgb, 32, 720, -480);
-  EXPECT_EQ(BeginDecompress(&instance.value, &stream, &out), 0);
-  EXPECT_EQ(instance.value.colorSpace, kCsRGB32);
+  EXPECT_EQ(BeginDecompress(instance.get(), &stream, &out), 0);
+  EXPECT_EQ(instance->colorSpace, kCsRGB32);
   out.biWidth = 704;
   out.biCompression = MakeFourCC('Y', 'U', 'Y', '2');
-  EXPECT_EQ(BeginDecompress(&instance.value, &stream, &out), -2);
-  EXPECT_EQ(instance.value.colorSpace, kCsRGB32);  // unchanged on refusal
+  EXPECT_EQ(BeginDecompress(instance.get(), &stream, &out), -2);
+  EXPECT_EQ(instance->colorSpace, kCsRGB32);  // unchanged on refusal
 }
 
 TEST(Instance, ReleaseIsIdempotent) {
   CodecInstance instance;
-  InitInstance(&instance);
+  ASSERT_EQ(InitInstance(&instance), Status::kOk);
   ReleaseInstance(&instance);
   EXPECT_EQ(instance.reciprocalTable, nullptr);
   EXPECT_EQ(instance.multiplierTable, nullptr);
@@ -128,6 +125,23 @@ TEST(SliceLayout, RowsAreDealtRoundRobin) {
       EXPECT_EQ(r.partialLines, c.rows[s].partialLines) << c.height << " slice " << s;
     }
   }
+}
+
+// The override picks the record the walks get; automatic takes the best level
+// present, and the scalar record always holds the scalar tables.
+TEST(Kernels, TheOverrideChoosesTheRecordTheWalksGet) {
+  const KernelOverride was = CurrentKernelOverride();
+  SetKernelOverride(KernelOverride::kScalar);
+  EXPECT_EQ(&ActiveKernels(), KernelsAt(KernelLevel::kScalar));
+  EXPECT_EQ(ActiveKernels().forward, &encoder::kForwardKernelsScalar);
+  EXPECT_EQ(ActiveKernels().stores, &decoder::kStoreKernelsScalar);
+  SetKernelOverride(KernelOverride::kAutomatic);
+  const Kernels* sse2 = KernelsAt(KernelLevel::kSse2);
+  EXPECT_EQ(&ActiveKernels(), sse2 != nullptr ? sse2 : KernelsAt(KernelLevel::kScalar));
+  if (sse2 != nullptr) {
+    EXPECT_EQ(sse2->loaders, encoder::LoaderKernelsSse2());
+  }
+  SetKernelOverride(was);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include "stream_writer.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 using test::StreamWriter;
@@ -78,4 +78,4 @@ TEST(AlphaDecoder, RunsThatLeaveTheirHalfAreFaults) {
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::decoder

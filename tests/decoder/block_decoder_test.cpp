@@ -8,7 +8,7 @@
 #include "codec/code_rows.h"
 #include "stream_writer.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 using test::StreamWriter;
@@ -129,4 +129,4 @@ TEST(BitWindow, MatchesTheStreamBitForBit) {
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -16,7 +16,7 @@
 #include "stream_writer.h"
 #include "support/pictures.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 using test::StreamWriter;
@@ -144,4 +144,4 @@ TEST_F(DecodeFault, DamagedStreamsStayInBounds) {
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::decoder

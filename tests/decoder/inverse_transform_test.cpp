@@ -10,18 +10,14 @@
 #include "codec/codec_instance.h"
 #include "codec/quantiser.h"
 #include "decoder/block_decode_tables.h"
+#include "support/pictures.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
-struct Instance {
-  CodecInstance inst{};
-  explicit Instance(int32_t quality = 96) {
-    InitInstance(&inst);
-    SetQuality(&inst, quality);
-  }
-  ~Instance() { ReleaseInstance(&inst); }
-  const uint16_t* Multipliers() const { return inst.multiplierTable; }
+struct Instance : test::TestInstance {
+  explicit Instance(int32_t quality = 96) { SetQuality(get(), quality); }
+  const uint16_t* Multipliers() const { return get()->multiplierTable; }
 };
 
 std::vector<int16_t> Transform(std::vector<int16_t> block, const uint16_t* m,
@@ -190,4 +186,4 @@ TEST(BlockKernels, VectorMatchesScalarAndStaysInsideTheBlock) {
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -6,7 +6,7 @@
 
 #include "decoder/output_layouts.h"
 
-namespace vantaro {
+namespace vantaro::decoder {
 namespace {
 
 constexpr int64_t kStride = 160;  // room for the widest line (64 bytes) and a margin
@@ -44,7 +44,7 @@ TEST(OutputStores, FourFourFourToNv12AveragesPackedEvenColumns) {
     sc.Set(6, 3, c, 255);
   }
   Target t;
-  PlanarLayout<PlanarKind::kNV12>::Store<Family444, AlphaOpaque>(kStoreKernelsScalar, sc.s, t.Get(), 16);
+  PlanarStore<kCsNV12>::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 16);
   EXPECT_EQ(t.Second(1, 0), 12);
   EXPECT_EQ(t.Second(1, 1), 255);
   EXPECT_EQ(t.Second(1, 6), 12);
@@ -56,32 +56,32 @@ TEST(OutputStores, RawPairSpillsUnclampedChroma) {
   sc.Fill(4, -3);
   sc.Fill(6, 0x40);
   Target t;
-  Packed422Layout<PackedKind::kYUY2>::Store<Family420, AlphaOpaque>(kStoreKernelsScalar, sc.s, t.Get(), 16);
+  Packed422Store<kCsYUY2>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 16);
   EXPECT_EQ(t.Main(0, 1), 253);  // U's low byte
   EXPECT_EQ(t.Main(0, 3), 255);  // V's byte under U's sign bits
   sc.Fill(4, 256);
-  Packed422Layout<PackedKind::kYUY2>::Store<Family420, AlphaOpaque>(kStoreKernelsScalar, sc.s, t.Get(), 16);
+  Packed422Store<kCsYUY2>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 16);
   EXPECT_EQ(t.Main(5, 1), 0);
   EXPECT_EQ(t.Main(5, 3), 0x41);
   // RGB packs chroma first: 256 reads as 255.
   Target a, b;
-  RgbLayout<3>::Store<Family420, AlphaOpaque>(kStoreKernelsScalar, sc.s, a.Get(), 16);
+  RgbStore<kCsRGB24>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, a.Get(), 16);
   sc.Fill(4, 255);
-  RgbLayout<3>::Store<Family420, AlphaOpaque>(kStoreKernelsScalar, sc.s, b.Get(), 16);
+  RgbStore<kCsRGB24>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, b.Get(), 16);
   EXPECT_EQ(a.main, b.main);
 }
 
 TEST(OutputStores, PartialRowsWriteOnlyTheirLines) {
   Scratch sc;
   Target t;
-  PlanarLayout<PlanarKind::kNV12>::Store<Family420, AlphaOpaque>(kStoreKernelsScalar, sc.s, t.Get(), 3);
+  PlanarStore<kCsNV12>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 3);
   EXPECT_NE(t.Main(2, 0), kUntouched);
   EXPECT_EQ(t.Main(3, 0), kUntouched);
   EXPECT_NE(t.Second(1, 15), kUntouched);  // (3 + 1) / 2 chroma lines
   EXPECT_EQ(t.Second(2, 0), kUntouched);
 
   Target u;  // a two-line source stops at `lines` too
-  PlanarLayout<PlanarKind::kNV24>::Store<Family420, AlphaOpaque>(kStoreKernelsScalar, sc.s, u.Get(), 3);
+  PlanarStore<kCsNV24>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, u.Get(), 3);
   EXPECT_NE(u.Second(2, 31), kUntouched);
   EXPECT_EQ(u.Second(3, 0), kUntouched);
   EXPECT_EQ(u.Second(0, 32), kUntouched);
@@ -93,12 +93,12 @@ TEST(OutputStores, LumaAlphaWordsClampOnlyBesideDctAlpha) {
   sc.Fill(1, -1);
   std::memset(sc.s.Alpha(), 0x10, 256);  // run-length alpha bytes over blocks 12, 13
   Target rle;
-  PlanarLayout<PlanarKind::kYA22>::Store<Family422, AlphaRunLength>(kStoreKernelsScalar, sc.s, rle.Get(kStride / 2), 16);
+  PlanarStore<kCsYA22>::Store<Family::k422, AlphaCoding::kRunValue>(kStoreKernelsScalar, sc.s, rle.Get(kStride / 2), 16);
   EXPECT_EQ(rle.Main(0, 0), 0);     // 256 as it stands: luma 0 ...
   EXPECT_EQ(rle.Main(0, 1), 0x11);  // ... and alpha's bit 0 set
   EXPECT_EQ(rle.Main(8, 1), 0xFF);  // -1 swamps alpha
   Target none;
-  PlanarLayout<PlanarKind::kYA44>::Store<Family444, AlphaOpaque>(kStoreKernelsScalar, sc.s, none.Get(), 16);
+  PlanarStore<kCsYA44>::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, none.Get(), 16);
   EXPECT_EQ(none.Main(0, 0), 0);
   EXPECT_EQ(none.Main(0, 1), 0xFF);
   sc.Fill(12, 300);
@@ -106,7 +106,7 @@ TEST(OutputStores, LumaAlphaWordsClampOnlyBesideDctAlpha) {
   sc.Fill(14, -5);
   sc.Fill(15, -5);
   Target dct;
-  PlanarLayout<PlanarKind::kYA20>::Store<Family422, AlphaDct>(kStoreKernelsScalar, sc.s, dct.Get(), 16);
+  PlanarStore<kCsYA20>::Store<Family::k422, AlphaCoding::kDct>(kStoreKernelsScalar, sc.s, dct.Get(), 16);
   EXPECT_EQ(dct.Main(0, 0), 255);
   EXPECT_EQ(dct.Main(0, 1), 255);
   EXPECT_EQ(dct.Main(8, 0), 0);
@@ -116,8 +116,8 @@ TEST(OutputStores, LumaAlphaWordsClampOnlyBesideDctAlpha) {
 TEST(OutputStores, AbsentAlphaIsOpaque) {
   Scratch sc;
   Target rgb, ayuv;
-  RgbLayout<4>::Store<Family444, AlphaOpaque>(kStoreKernelsScalar, sc.s, rgb.Get(), 16);
-  AyuvLayout::Store<Family444, AlphaOpaque>(kStoreKernelsScalar, sc.s, ayuv.Get(), 16);
+  RgbStore<kCsRGB32>::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, rgb.Get(), 16);
+  AyuvStore::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, ayuv.Get(), 16);
   for (int r = 0; r < 16; ++r) {
     for (int c = 0; c < 16; ++c) {
       ASSERT_EQ(rgb.Main(r, 4 * c + 3), 255);
@@ -128,7 +128,7 @@ TEST(OutputStores, AbsentAlphaIsOpaque) {
 
 // Every store with the vector line kernels against the same store with the
 // scalar ones, on random and saturating samples, guard bytes included.
-template <class Layout, class F, class A>
+template <class Layout, Family F, AlphaCoding A>
 void CompareKernels(const StoreKernels& vector, std::mt19937& rng, int32_t lines) {
   for (int kind = 0; kind < 4; ++kind) {
     Scratch sc;
@@ -148,21 +148,21 @@ void CompareKernels(const StoreKernels& vector, std::mt19937& rng, int32_t lines
   }
 }
 
-template <class F, class A>
+template <Family F, AlphaCoding A>
 void CompareAllLayouts(const StoreKernels& vector, std::mt19937& rng) {
   for (int32_t lines : {16, 5}) {
-    CompareKernels<PlanarLayout<PlanarKind::kNV12>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarLayout<PlanarKind::kNV16>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarLayout<PlanarKind::kNV24>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarLayout<PlanarKind::kYA20>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarLayout<PlanarKind::kYA22>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarLayout<PlanarKind::kYA44>, F, A>(vector, rng, lines);
-    CompareKernels<Packed422Layout<PackedKind::kYUY2>, F, A>(vector, rng, lines);
-    CompareKernels<Packed422Layout<PackedKind::kUYVY>, F, A>(vector, rng, lines);
-    CompareKernels<Packed422Layout<PackedKind::kUYVA>, F, A>(vector, rng, lines);
-    CompareKernels<AyuvLayout, F, A>(vector, rng, lines);
-    CompareKernels<RgbLayout<3>, F, A>(vector, rng, lines);
-    CompareKernels<RgbLayout<4>, F, A>(vector, rng, lines);
+    CompareKernels<PlanarStore<kCsNV12>, F, A>(vector, rng, lines);
+    CompareKernels<PlanarStore<kCsNV16>, F, A>(vector, rng, lines);
+    CompareKernels<PlanarStore<kCsNV24>, F, A>(vector, rng, lines);
+    CompareKernels<PlanarStore<kCsYA20>, F, A>(vector, rng, lines);
+    CompareKernels<PlanarStore<kCsYA22>, F, A>(vector, rng, lines);
+    CompareKernels<PlanarStore<kCsYA44>, F, A>(vector, rng, lines);
+    CompareKernels<Packed422Store<kCsYUY2>, F, A>(vector, rng, lines);
+    CompareKernels<Packed422Store<kCsUYVY>, F, A>(vector, rng, lines);
+    CompareKernels<Packed422Store<kCsUYVA>, F, A>(vector, rng, lines);
+    CompareKernels<AyuvStore, F, A>(vector, rng, lines);
+    CompareKernels<RgbStore<kCsRGB24>, F, A>(vector, rng, lines);
+    CompareKernels<RgbStore<kCsRGB32>, F, A>(vector, rng, lines);
   }
 }
 
@@ -170,13 +170,13 @@ TEST(StoreKernels, VectorMatchesScalarInEveryStore) {
   const StoreKernels* vector = StoreKernelsSse2();
   if (vector == nullptr) GTEST_SKIP() << "no vector kernels on this build";
   std::mt19937 rng(5);
-  CompareAllLayouts<Family420, AlphaOpaque>(*vector, rng);
-  CompareAllLayouts<Family420, AlphaRunLength>(*vector, rng);
-  CompareAllLayouts<Family422, AlphaOpaque>(*vector, rng);
-  CompareAllLayouts<Family422, AlphaDct>(*vector, rng);
-  CompareAllLayouts<Family444, AlphaRunLength>(*vector, rng);
-  CompareAllLayouts<Family444, AlphaDct>(*vector, rng);
+  CompareAllLayouts<Family::k420, AlphaCoding::kNone>(*vector, rng);
+  CompareAllLayouts<Family::k420, AlphaCoding::kRunValue>(*vector, rng);
+  CompareAllLayouts<Family::k422, AlphaCoding::kNone>(*vector, rng);
+  CompareAllLayouts<Family::k422, AlphaCoding::kDct>(*vector, rng);
+  CompareAllLayouts<Family::k444, AlphaCoding::kRunValue>(*vector, rng);
+  CompareAllLayouts<Family::k444, AlphaCoding::kDct>(*vector, rng);
 }
 
 }  // namespace
-}  // namespace vantaro
+}  // namespace vantaro::decoder

@@ -1,5 +1,5 @@
 // Hand-built streams for the decoder tests, written with the encoder's code
-// tables (DcCode*, AcCodeTable, AlphaPair*) through PutCode.
+// tables (the DC, AC and alpha pair codes) through PutCode.
 #pragma once
 
 #include <cstdint>
@@ -29,12 +29,12 @@ class StreamWriter {
     return *this;
   }
   StreamWriter& Dc(int32_t diff, bool luma) {
-    const DcCodeTable& t = luma ? DcCodeLuma : DcCodeChroma;
+    const DcCodeTable& t = luma ? Tables().dcLuma : Tables().dcChroma;
     PutCode(writer_, t.code[diff + 2048], t.length[diff + 2048]);
     return *this;
   }
   StreamWriter& Ac(int32_t run, int32_t level) {
-    const uint32_t e = AcCodeTable[run][level + 2048];
+    const uint32_t e = Tables().acCode[run][level + 2048];
     PutCode(writer_, e >> 8, e & 0xFF);
     return *this;
   }
@@ -46,7 +46,7 @@ class StreamWriter {
     return Eob();
   }
   StreamWriter& AlphaPair(uint32_t value, uint32_t run) {
-    PutCode(writer_, AlphaPairCode[value][run], AlphaPairLength[value][run]);
+    PutCode(writer_, Tables().alphaPairCode[value][run], Tables().alphaPairLength[value][run]);
     return *this;
   }
   StreamWriter& AlphaEnd() { return Field(kAlphaEndMarkerCode, kAlphaEndMarkerLength); }

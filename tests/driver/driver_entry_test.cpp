@@ -3,6 +3,9 @@
 
 #include "driver_host_session.h"
 
+#include "codec/allocation.h"
+#include "vantaro/vantaro.h"
+
 namespace vantaro::test {
 namespace {
 
@@ -50,28 +53,54 @@ TEST(DriverEntry, OpenAndTheLastOpenedHandler) {
   {
     DriverInstance second("VTQ5");
     // Any instance describes the one opened last.
-    EXPECT_EQ(GetInfo(first.id()).fccHandler, Fcc("VTQ5"));
-    EXPECT_EQ(first.codec().fourcc, Fcc("VTQ0"));
+    EXPECT_EQ(GetInfo(first.id()).fccHandler, FourCC("VTQ5"));
+    EXPECT_EQ(first.codec().fourcc, FourCC("VTQ0"));
   }
   // A refused open still forgets the last handler, and says nothing of why.
   ICOPEN open{};
-  open.fccType = Fcc("vids");
-  open.fccHandler = Fcc("VTQ4");
+  open.fccType = FourCC("vids");
+  open.fccHandler = FourCC("VTQ4");
   open.dwError = 1234;
   EXPECT_EQ(Send(0, DRV_OPEN, nullptr, &open), 0);
   EXPECT_EQ(open.dwError, 0);
   ICINFO info = GetInfo(first.id());
-  EXPECT_EQ(info.fccHandler, Fcc("VTQ2"));
+  EXPECT_EQ(info.fccHandler, FourCC("VTQ2"));
   EXPECT_EQ(std::u16string(info.szDescription), u"Quorin Vantaro Video Codec");
   // Unknown handlers and a missing record still open, as no known variant.
   DriverInstance unknown("VTQ6");
   ASSERT_NE(unknown.id(), 0u);
-  EXPECT_EQ(GetInfo(unknown.id()).fccHandler, Fcc("VTQ2"));
+  EXPECT_EQ(GetInfo(unknown.id()).fccHandler, FourCC("VTQ2"));
   const int64_t bare = Send(0, DRV_OPEN);
   ASSERT_NE(bare, 0);
   EXPECT_EQ(std::u16string(GetInfo(bare).szDescription), u"Quorin Vantaro Video Codec");
   EXPECT_EQ(Send(bare, DRV_CLOSE), 1);
   EXPECT_EQ(Send(0, DRV_CLOSE), 1);
+}
+
+// An instance is three allocations (the record, the encoder and decoder
+// tables); whichever fails, both doors that create instances answer with no
+// instance and leave nothing allocated.
+int64_t g_failAt = 0;
+
+TEST(DriverEntry, AFailedAllocationOpensNothingAndLeaksNothing) {
+  const BITMAPINFOHEADER header = Header(64, 64, FourCC("YUY2"), 16);
+  ICOPEN open{};
+  open.fccType = ICTYPE_VIDEO;
+  open.fccHandler = FourCC("VTQ2");
+  const int64_t live = LiveAllocations();
+  for (g_failAt = 1; g_failAt <= 3; ++g_failAt) {
+    SetAllocationFailureHook([](int64_t sequence, size_t) { return sequence == g_failAt; });
+    EXPECT_EQ(VTC_CompressFieldBegin(&header, FourCC("VTQ2")), nullptr) << g_failAt;
+    SetAllocationFailureHook([](int64_t sequence, size_t) { return sequence == g_failAt; });
+    EXPECT_EQ(Send(0, DRV_OPEN, nullptr, &open), 0) << g_failAt;
+    SetAllocationFailureHook(nullptr);
+    EXPECT_EQ(LiveAllocations(), live) << g_failAt;
+  }
+  void* handle = VTC_DecompressFieldBegin(&header, FourCC("VTQ2"));
+  ASSERT_NE(handle, nullptr);
+  EXPECT_EQ(LiveAllocations(), live + 3);
+  VTC_DecompressFieldEnd(handle);
+  EXPECT_EQ(LiveAllocations(), live);
 }
 
 TEST(DriverEntry, InfoForEachVariantInEitherCase) {
@@ -84,11 +113,11 @@ TEST(DriverEntry, InfoForEachVariantInEitherCase) {
     DriverInstance instance(handler);
     const ICINFO info = GetInfo(instance.id());
     const std::string upper = {'V', 'T', 'Q', handler[3]};
-    EXPECT_EQ(info.fccHandler, Fcc(upper.c_str())) << handler;
+    EXPECT_EQ(info.fccHandler, FourCC(upper.c_str())) << handler;
     EXPECT_EQ(std::u16string(info.szDescription), description);
     EXPECT_EQ(std::u16string(info.szName), u"QR CoDec");
     EXPECT_EQ(info.dwSize, 568u);
-    EXPECT_EQ(info.fccType, Fcc("vidc"));
+    EXPECT_EQ(info.fccType, FourCC("vidc"));
     EXPECT_EQ(info.dwFlags, 0xA9u);
     EXPECT_EQ(info.dwVersion, 0u);
     EXPECT_EQ(info.dwVersionICM, 0x104u);
@@ -109,7 +138,7 @@ TEST(DriverEntry, QualityOnTheTenThousandScale) {
 }
 
 TEST(DriverEntry, MissingInstanceOrRecordIsRefusedNotRead) {
-  BITMAPINFOHEADER header = Header(64, 48, Fcc("YUY2"), 16);
+  BITMAPINFOHEADER header = Header(64, 48, FourCC("YUY2"), 16);
   for (const uint32_t message : {ICM_GETQUALITY, ICM_COMPRESS_QUERY, ICM_COMPRESS, ICM_DECOMPRESS})
     EXPECT_EQ(Send(0, message, &header), -2) << message;
   EXPECT_EQ(Send(0, ICM_GETINFO), 0);

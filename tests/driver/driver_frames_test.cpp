@@ -50,7 +50,7 @@ int64_t Decompress(const DriverInstance& d, BITMAPINFOHEADER stream, const uint8
 
 std::vector<uint8_t> StreamOf(const char* variant, uint32_t seed, int32_t quality = 96) {
   const BITMAPINFOHEADER source = Header(kW, -kH, 0, AlphaVariant(variant) ? 32 : 24);
-  return DirectCompress(variant, source, true, quality, Picture(GeometryOf(source, true).bytes, seed));
+  return DirectCompress(variant, source, true, quality, PatternBytes(GeometryOf(source, true).bytes, seed, 64));
 }
 
 TEST(DriverFrames, CompressEveryVariantAndAcceptedLayout) {
@@ -73,7 +73,7 @@ TEST(DriverFrames, CompressEveryVariantAndAcceptedLayout) {
         }
         source.biSizeImage = static_cast<uint32_t>(GeometryOf(source, topDown).bytes);
         for (uint32_t seed : {1u, 2u}) {
-          const std::vector<uint8_t> pic = Picture(source.biSizeImage, seed);
+          const std::vector<uint8_t> pic = PatternBytes(source.biSizeImage, seed, 64);
           const std::vector<uint8_t> direct = DirectCompress(variant, source, topDown, quality, pic);
           EXPECT_GT(direct.size(), 32u);  // more than eight empty slices
           ExpectFrame(Compress(d, source, pic, format, static_cast<size_t>(room)), direct);
@@ -87,7 +87,7 @@ TEST(DriverFrames, CompressEveryVariantAndAcceptedLayout) {
 TEST(DriverFrames, DecompressEveryVariantIntoAcceptedOutputs) {
   for (const char* variant : kVariants) {
     const std::vector<uint8_t> stream = StreamOf(variant, 11);
-    const BITMAPINFOHEADER streamHeader = Header(kW, kH, Fcc(variant), 24, uint32_t(stream.size()));
+    const BITMAPINFOHEADER streamHeader = Header(kW, kH, FourCC(variant), 24, uint32_t(stream.size()));
     int accepted = 0;
     for (const Layout& layout : kLayouts) {
       for (const bool topDown : {true, false}) {
@@ -112,11 +112,11 @@ TEST(DriverFrames, DecompressEveryVariantIntoAcceptedOutputs) {
 
 TEST(DriverFrames, BottomUpRgbIsTheTopDownPictureTurnedOver) {
   const int32_t line = kW * 3;
-  const std::vector<uint8_t> pic = Picture(size_t(line) * kH, 7);
+  const std::vector<uint8_t> pic = PatternBytes(size_t(line) * kH, 7, 64);
   std::vector<uint8_t> turned(pic.size()), decoded[2];
   for (int32_t y = 0; y < kH; ++y) std::copy_n(&pic[y * line], line, &turned[(kH - 1 - y) * line]);
   const std::vector<uint8_t> stream = StreamOf("VTQ4", 8);
-  const BITMAPINFOHEADER streamHeader = Header(kW, kH, Fcc("VTQ4"), 24);
+  const BITMAPINFOHEADER streamHeader = Header(kW, kH, FourCC("VTQ4"), 24);
   std::vector<uint8_t> frames[2];
   for (const bool topDown : {true, false}) {
     const BITMAPINFOHEADER h = Header(kW, topDown ? -kH : kH, 0, 24, uint32_t(pic.size()));
@@ -146,7 +146,7 @@ TEST(DriverFrames, CompressFormatMessages) {
   BITMAPINFOHEADER f;
   std::memset(&f, 0x77, sizeof f);
   EXPECT_EQ(d.Send(ICM_COMPRESS_GET_FORMAT, &h, &f), ICERR_OK);
-  const BITMAPINFOHEADER expected{40, 720, 486, 1, 32, Fcc("VTQ5"), 2099520, 2835, 0, 0, 0};
+  const BITMAPINFOHEADER expected{40, 720, 486, 1, 32, FourCC("VTQ5"), 2099520, 2835, 0, 0, 0};
   EXPECT_EQ(std::memcmp(&f, &expected, 40), 0);
   EXPECT_EQ(d.codec().topDown, 1);
   f = Header(-720, -480, 0, 0);
@@ -155,8 +155,8 @@ TEST(DriverFrames, CompressFormatMessages) {
   // Query: the signed width test, the alpha rule, and orientation set even on refusal.
   DriverInstance vtq2("VTQ2"), vtq0("VTQ0");
   const std::pair<BITMAPINFOHEADER, int64_t> cases[] = {
-      {Header(1920, 1080, Fcc("UYVY"), 16), 0}, {Header(1922, -1080, Fcc("UYVY"), 16), -2},
-      {Header(-16, 7, Fcc("UYVY"), 16), 0},     {Header(0, -1, Fcc("UYVY"), 16), 0},
+      {Header(1920, 1080, FourCC("UYVY"), 16), 0}, {Header(1922, -1080, FourCC("UYVY"), 16), -2},
+      {Header(-16, 7, FourCC("UYVY"), 16), 0},     {Header(0, -1, FourCC("UYVY"), 16), 0},
       {Header(1920, 1080, 0, 16), -2},          {Header(1920, -1080, 0, 32), -2}};
   for (const auto& [header, result] : cases) {
     EXPECT_EQ(vtq2.Send(ICM_COMPRESS_QUERY, &header), result) << header.biWidth;
@@ -171,17 +171,17 @@ TEST(DriverFrames, CompressFormatMessages) {
 
 TEST(DriverFrames, CompressRefusalsAndTheOutputBound) {
   DriverInstance d("VTQ2");
-  BITMAPINFOHEADER source = Header(kW, -kH, Fcc("YUY2"), 16, kW * kH * 2);
+  BITMAPINFOHEADER source = Header(kW, -kH, FourCC("YUY2"), 16, kW * kH * 2);
   ASSERT_EQ(d.Send(ICM_COMPRESS_QUERY, &source), ICERR_OK);
   ASSERT_EQ(d.Send(ICM_COMPRESS_BEGIN, &source), ICERR_OK);
-  const std::vector<uint8_t> pic = Picture(source.biSizeImage * 2, 9);
-  const BITMAPINFOHEADER format = Header(kW, kH, Fcc("VTQ2"), 16, 4321);
+  const std::vector<uint8_t> pic = PatternBytes(source.biSizeImage * 2, 9, 64);
+  const BITMAPINFOHEADER format = Header(kW, kH, FourCC("VTQ2"), 16, 4321);
   const std::vector<uint8_t> direct = DirectCompress("VTQ2", source, true, 96, pic);
   // One byte short, another size than Begin's, too little output: -2, nothing written.
-  BITMAPINFOHEADER shortSource = source, wider = Header(kW + 16, -kH, Fcc("YUY2"), 16, uint32_t(pic.size()));
+  BITMAPINFOHEADER shortSource = source, wider = Header(kW + 16, -kH, FourCC("YUY2"), 16, uint32_t(pic.size()));
   shortSource.biSizeImage -= 1;
   for (const auto& [input, tellsOf] : {std::pair{shortSource, format}, {wider, format},
-                                       {source, Header(1, 1, Fcc("VTQ2"), 16)}}) {
+                                       {source, Header(1, 1, FourCC("VTQ2"), 16)}}) {
     const Compressed c = Compress(d, input, pic, tellsOf, 6);
     EXPECT_EQ(c.result, ICERR_BADFORMAT);
     EXPECT_EQ(c.flags, 0xDEADu);
@@ -196,25 +196,25 @@ TEST(DriverFrames, CompressRefusalsAndTheOutputBound) {
   ExpectFrame(Compress(d, source, pic, Header(1, 1, 0, 0, uint32_t(direct.size())), direct.size()), direct);
   // A layout changed since Begin is taken from the frame, Begin's kept.
   BITMAPINFOHEADER uyvy = source;
-  uyvy.biCompression = Fcc("UYVY");
+  uyvy.biCompression = FourCC("UYVY");
   ExpectFrame(Compress(d, uyvy, pic, format, size_t(6) * kW * kH), DirectCompress("VTQ2", uyvy, true, 96, pic));
   EXPECT_EQ(d.codec().colorSpace, kCsYUY2);
 }
 
 TEST(DriverFrames, DecompressFormatMessages) {
   DriverInstance vtq0("VTQ0"), vtq1("VTQ1"), lower("vtq3");
-  BITMAPINFOHEADER stream = Header(720, 480, Fcc("VTQ3"), 24);
+  BITMAPINFOHEADER stream = Header(720, 480, FourCC("VTQ3"), 24);
   EXPECT_EQ(lower.Send(ICM_DECOMPRESS_QUERY, &stream), 0);
-  stream.biCompression = Fcc("vtq3");  // refused, though the open took it
+  stream.biCompression = FourCC("vtq3");  // refused, though the open took it
   EXPECT_EQ(lower.Send(ICM_DECOMPRESS_QUERY, &stream), -2);
-  stream.biCompression = Fcc("VTQ0");
+  stream.biCompression = FourCC("VTQ0");
   const uint32_t rgb32Size = 720 * 480 * 4;
   const std::tuple<const DriverInstance*, BITMAPINFOHEADER, int64_t, int> cases[] = {
-      {&vtq0, Header(720, 480, Fcc("UYVA"), 24, rgb32Size), -2, 0},
+      {&vtq0, Header(720, 480, FourCC("UYVA"), 24, rgb32Size), -2, 0},
       {&vtq0, Header(720, 480, 0, 24, rgb32Size), 0, 0},
       {&vtq0, Header(720, 480, 0, 32, rgb32Size - 1), -7, -1},
       {&vtq0, Header(720, 480, 0, 32, rgb32Size), 0, 0},
-      {&vtq0, Header(720, 480, Fcc("NV12"), 12, 345600), 0, 0},  // twelve bits count as one byte
+      {&vtq0, Header(720, 480, FourCC("NV12"), 12, 345600), 0, 0},  // twelve bits count as one byte
       {&vtq0, Header(720, -482, 0, 32, rgb32Size), -2, -1},
       {&vtq0, Header(720, 480, 0, 16, rgb32Size), -2, -1},
       {&vtq1, Header(720, 480, 0, 32, rgb32Size), 0, 0},
@@ -226,31 +226,31 @@ TEST(DriverFrames, DecompressFormatMessages) {
     EXPECT_EQ(d->codec().topDown, topDown < 0 ? 7 : topDown);
   }
   // The need is compared unsigned: a negative width needs more than any buffer.
-  BITMAPINFOHEADER mirrored = Header(-16, 16, Fcc("VTQ0"), 24), mirroredOut = Header(-16, 16, 0, 32, 0xFFFFF000u);
+  BITMAPINFOHEADER mirrored = Header(-16, 16, FourCC("VTQ0"), 24), mirroredOut = Header(-16, 16, 0, 32, 0xFFFFF000u);
   EXPECT_EQ(vtq0.Send(ICM_DECOMPRESS_QUERY, &mirrored, &mirroredOut), -7);
   // A zero height is top-down here only.
-  BITMAPINFOHEADER flat = Header(720, 0, Fcc("VTQ0"), 24), flatOut = Header(720, 0, 0, 32);
+  BITMAPINFOHEADER flat = Header(720, 0, FourCC("VTQ0"), 24), flatOut = Header(720, 0, 0, 32);
   EXPECT_EQ(vtq0.Send(ICM_DECOMPRESS_QUERY, &flat, &flatOut), 0);
   EXPECT_EQ(vtq0.codec().topDown, 1);
 
-  BITMAPINFOHEADER source = Header(1920, -1080, Fcc("VTQ5"), 24, 12345), f;
+  BITMAPINFOHEADER source = Header(1920, -1080, FourCC("VTQ5"), 24, 12345), f;
   EXPECT_EQ(vtq0.Send(ICM_DECOMPRESS_GET_FORMAT, &source), 40);
   EXPECT_EQ(vtq0.Send(ICM_DECOMPRESS_GET_FORMAT, &source, &f), 0);
   const BITMAPINFOHEADER expected{40, 1920, 1080, 1, 32, 0, 8294400, 0, 0, 0, 0};
   EXPECT_EQ(std::memcmp(&f, &expected, 40), 0);
-  source.biCompression = Fcc("vtq5");
+  source.biCompression = FourCC("vtq5");
   EXPECT_EQ(vtq0.Send(ICM_DECOMPRESS_GET_FORMAT, &source, &f), -2);
 }
 
 TEST(DriverFrames, DecompressJudgesQualityByteAndOutputFirst) {
   DriverInstance d("VTQ2");
-  BITMAPINFOHEADER output = Header(kW, -kH, Fcc("UYVY"), 16);
+  BITMAPINFOHEADER output = Header(kW, -kH, FourCC("UYVY"), 16);
   std::vector<uint8_t> pic(size_t(kW) * kH * 2, 0x3C);
   const std::vector<uint8_t> blank = pic;
   for (const int32_t quality : {60, 0, 99, 100}) {
     std::vector<uint8_t> stream = StreamOf("VTQ2", 12, quality == 0 || quality == 100 ? 96 : quality);
     stream[0] = static_cast<uint8_t>(quality == 0 || quality == 100 ? quality : stream[0]);
-    const BITMAPINFOHEADER header = Header(kW, -kH, Fcc("VTQ2"), 24, uint32_t(stream.size()));
+    const BITMAPINFOHEADER header = Header(kW, -kH, FourCC("VTQ2"), 24, uint32_t(stream.size()));
     pic = blank;
     const bool valid = stream[0] >= 1 && stream[0] <= 99;
     EXPECT_EQ(Decompress(d, header, stream.data(), output, pic), valid ? 0 : -2) << quality;
@@ -264,7 +264,7 @@ TEST(DriverFrames, DecompressJudgesQualityByteAndOutputFirst) {
     EXPECT_EQ(d.codec().colorSpace, kCsUYVY);
   }
   const std::vector<uint8_t> stream = StreamOf("VTQ2", 13);
-  const BITMAPINFOHEADER header = Header(kW, kH, Fcc("VTQ2"), 24);
+  const BITMAPINFOHEADER header = Header(kW, kH, FourCC("VTQ2"), 24);
   EXPECT_EQ(Decompress(d, header, nullptr, output, pic), -2);
   EXPECT_EQ(Decompress(d, header, stream.data(), Header(kW, kH, 0, 16), pic), -2);
   // An output declared smaller than the frame is refused rather than overrun.

@@ -8,6 +8,7 @@
 
 #include "driver/driver_formats.h"
 #include "platform/driver_host.h"
+#include "support/pictures.h"
 #include "vantaro/driver.h"
 
 namespace vantaro::test {
@@ -15,14 +16,13 @@ namespace vantaro::test {
 inline int64_t Send(uint64_t id, uint32_t message, const void* p1 = nullptr, const void* p2 = nullptr) {
   return DriverProc(id, nullptr, message, reinterpret_cast<intptr_t>(p1), reinterpret_cast<intptr_t>(p2));
 }
-inline uint32_t Fcc(const char* s) { return VTC_FOURCC(s[0], s[1], s[2], s[3]); }
 
 class DriverInstance {  // open for a handler, closed on destruction
  public:
   explicit DriverInstance(const char* handler) {
     ICOPEN open{};
     open.fccType = ICTYPE_VIDEO;
-    open.fccHandler = Fcc(handler);
+    open.fccHandler = FourCC(handler);
     id_ = static_cast<uint64_t>(test::Send(0, DRV_OPEN, nullptr, &open));
   }
   ~DriverInstance() { test::Send(id_, DRV_CLOSE); }
@@ -40,11 +40,6 @@ inline BITMAPINFOHEADER Header(int32_t w, int32_t h, uint32_t compression, uint1
   return BITMAPINFOHEADER{40, w, h, 1, bits, compression, size, 0, 0, 0, 0};
 }
 
-inline std::vector<uint8_t> Picture(size_t size, uint32_t seed) {
-  std::vector<uint8_t> bytes(size);
-  for (uint8_t& b : bytes) b = static_cast<uint8_t>((seed = seed * 1664525u + 1013904223u) >> 24);
-  return bytes;
-}
 
 class FakeDriverHost final : public DriverHost {  // installed while it lives
  public:
@@ -73,10 +68,10 @@ struct Layout {
   uint16_t bits;
 };
 inline const Layout kLayouts[] = {
-    {"NV12", Fcc("NV12"), 12}, {"NV16", Fcc("NV16"), 16}, {"NV24", Fcc("NV24"), 24},
-    {"YA20", Fcc("YA20"), 24}, {"YA22", Fcc("YA22"), 32}, {"YA44", Fcc("YA44"), 48},
-    {"YUY2", Fcc("YUY2"), 16}, {"UYVY", Fcc("UYVY"), 16}, {"UYVY24", Fcc("UYVY"), 24},
-    {"UYVA", Fcc("UYVA"), 24}, {"AYUV", Fcc("AYUV"), 32}, {"RGB24", 0, 24}, {"RGB32", 0, 32}};
+    {"NV12", FourCC("NV12"), 12}, {"NV16", FourCC("NV16"), 16}, {"NV24", FourCC("NV24"), 24},
+    {"YA20", FourCC("YA20"), 24}, {"YA22", FourCC("YA22"), 32}, {"YA44", FourCC("YA44"), 48},
+    {"YUY2", FourCC("YUY2"), 16}, {"UYVY", FourCC("UYVY"), 16}, {"UYVY24", FourCC("UYVY"), 24},
+    {"UYVA", FourCC("UYVA"), 24}, {"AYUV", FourCC("AYUV"), 32}, {"RGB24", 0, 24}, {"RGB32", 0, 32}};
 inline const char* const kVariants[] = {"VTQ0", "VTQ1", "VTQ2", "VTQ3", "VTQ4", "VTQ5", "VTQ7", "VTQ9"};
 inline bool AlphaVariant(const char* v) { return v[3] != '0' && v[3] != '2' && v[3] != '4'; }
 
@@ -88,7 +83,7 @@ struct Geometry {
 };
 inline Geometry GeometryOf(const BITMAPINFOHEADER& h, bool topDown) {
   const uint32_t cs = static_cast<uint32_t>(ColorSpaceFromHeader(&h));
-  const int32_t height = AbsHeight(h.biHeight), line = DriverLineBytes(cs, h.biWidth);
+  const int32_t height = WrapAbs(h.biHeight), line = DriverLineBytes(cs, h.biWidth);
   return {line, height, static_cast<size_t>(DriverFrameBytes(cs, h.biWidth, height)),
           IsPlanar(cs) ? static_cast<size_t>(height) * line : 0,
           !topDown && (cs == kCsRGB24 || cs == kCsRGB32)};
@@ -98,7 +93,7 @@ inline Geometry GeometryOf(const BITMAPINFOHEADER& h, bool topDown) {
 // one line on for planar layouts, a frame call (upward for bottom-up RGB) else.
 inline std::vector<uint8_t> DirectCompress(const char* variant, const BITMAPINFOHEADER& source,
                                            bool topDown, int32_t quality, const std::vector<uint8_t>& pic) {
-  void* handle = VTC_CompressFieldBeginQuality(&source, Fcc(variant), quality);
+  void* handle = VTC_CompressFieldBeginQuality(&source, FourCC(variant), quality);
   const Geometry g = GeometryOf(source, topDown);
   std::vector<uint8_t> stream(g.bytes * 4 + 4096);
   int64_t length;
@@ -118,7 +113,7 @@ inline std::vector<uint8_t> DirectCompress(const char* variant, const BITMAPINFO
 
 inline void DirectDecompress(const char* variant, const BITMAPINFOHEADER& output, bool topDown,
                              const std::vector<uint8_t>& stream, std::vector<uint8_t>& pic) {
-  void* handle = VTC_DecompressFieldBegin(&output, Fcc(variant));
+  void* handle = VTC_DecompressFieldBegin(&output, FourCC(variant));
   const Geometry g = GeometryOf(output, topDown);
   if (g.plane != 0) {
     uint8_t* chroma = pic.data() + g.plane;

@@ -97,7 +97,7 @@ uint32_t FlatMacroblockBits(MacroblockScratch& s, int16_t luma, int16_t chroma, 
   }
   test::TestInstance instance(test::FourCC('V', 'T', 'Q', '0'), kCsNV12, 16, 32);
   const uint32_t before = out.w.bitPos;
-  EncodeMacroblock<F, A>(*instance.get(), ScalarForwardKernels(), s, out.w);
+  EncodeMacroblock<F, A>(*instance.get(), kForwardKernelsScalar, s, out.w);
   return out.w.bitPos - before;
 }
 

@@ -102,17 +102,5 @@ TEST(BlockCoder, RunsAreCountedAcrossMaskBytesAndAFullBlockEndsWithEndOfBlock) {
   EXPECT_EQ(full.bits.substr(full.bits.size() - 4), "0110");
 }
 
-TEST(BlockCoder, ZigzagFollowsTheScanTable) {
-  int16_t raster[64];
-  for (int i = 0; i < 64; ++i) raster[i] = static_cast<int16_t>(i);
-  alignas(16) int16_t scanned[64];
-  ZigzagBlock(scanned, raster);
-  const int16_t expected[16] = {0, 1, 8, 16, 9, 2, 3, 10, 17, 24, 32, 25, 18, 11, 4, 5};
-  for (int s = 0; s < 16; ++s) EXPECT_EQ(scanned[s], expected[s]) << s;
-  EXPECT_EQ(scanned[62], 62);
-  EXPECT_EQ(scanned[63], 63);
-  EXPECT_EQ(scanned[35], 56);
-}
-
 }  // namespace
 }  // namespace vantaro::encoder

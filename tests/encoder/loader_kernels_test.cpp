@@ -12,9 +12,9 @@ namespace vantaro::encoder {
 namespace {
 
 TEST(VectorLoaderKernels, AgreeWithScalarOnEveryLineKind) {
-  const LoaderKernels* vector = Sse2LoaderKernels();
+  const LoaderKernels* vector = LoaderKernelsSse2();
   if (vector == nullptr) GTEST_SKIP() << "no SSE2 kernels in this build";
-  const LoaderKernels& scalar = ScalarLoaderKernels();
+  const LoaderKernels& scalar = kLoaderKernelsScalar;
   using Kernel = void (*)(const uint8_t*, LineSamples&);
   const struct {
     Kernel LoaderKernels::*kernel;

@@ -102,7 +102,7 @@ TEST(Quantiser, RoundsHalfToEvenWithoutDeadZoneAndClampsTo16Bits) {
 class VectorForwardKernels : public ::testing::Test {
  protected:
   void SetUp() override {
-    vector_ = Sse2ForwardKernels();
+    vector_ = ForwardKernelsSse2();
     if (vector_ == nullptr) GTEST_SKIP() << "no SSE2 kernels in this build";
   }
   void ExpectSame(const int16_t* input, const float* reciprocals, const char* what, int n) {
@@ -110,10 +110,10 @@ class VectorForwardKernels : public ::testing::Test {
     for (int i = 0; i < 80; ++i) a[i] = b[i] = static_cast<int16_t>(0x5A5A);
     std::memcpy(a + 8, input, 128);
     std::memcpy(b + 8, input, 128);
-    ScalarForwardKernels().forwardDct(a + 8);
+    kForwardKernelsScalar.forwardDct(a + 8);
     vector_->forwardDct(b + 8);
     ASSERT_EQ(std::memcmp(a, b, sizeof a), 0) << what << " transform, case " << n;
-    ScalarForwardKernels().quantise(a + 8, reciprocals);
+    kForwardKernelsScalar.quantise(a + 8, reciprocals);
     vector_->quantise(b + 8, reciprocals);
     ASSERT_EQ(std::memcmp(a, b, sizeof a), 0) << what << " quantiser, case " << n;
   }

@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "codec/codec_instance.h"
-#include "filter/media_type.h"
+#include "filter/base/media_type.h"
+#include "support/pictures.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::testing {
 
-// A frame of `fourcc` from a smooth picture with a little seeded texture;
-// alpha variants are fed an alpha source.
+// A frame of `fourcc` from a test pattern; alpha variants are fed an alpha
+// source.
 inline std::vector<uint8_t> CompressedFrame(uint32_t fourcc, int32_t width, int32_t height,
                                             uint32_t seed) {
   const bool alpha = ((fourcc >> 24) & 1) != 0;
@@ -23,15 +24,8 @@ inline std::vector<uint8_t> CompressedFrame(uint32_t fourcc, int32_t width, int3
   source.biHeight = height;
   source.biBitCount = static_cast<uint16_t>(bytes * 8);
   source.biCompression = alpha ? MakeFourCC('A', 'Y', 'U', 'V') : MakeFourCC('Y', 'U', 'Y', '2');
-  std::vector<uint8_t> picture(static_cast<size_t>(width * height * bytes));
-  uint32_t noise = seed * 2654435761u + 1;
-  for (int32_t y = 0; y < height; ++y) {
-    for (int32_t x = 0; x < width * bytes; ++x) {
-      noise = noise * 1103515245u + 12345u;
-      picture[static_cast<size_t>(y * width * bytes + x)] =
-          static_cast<uint8_t>(x * 3 + y * 2 + static_cast<int32_t>(seed * 40) + (noise >> 28));
-    }
-  }
+  const std::vector<uint8_t> picture =
+      test::PatternBytes(static_cast<size_t>(width * height * bytes), seed, width * bytes);
   void* instance = VTC_CompressFieldBegin(&source, fourcc);
   std::vector<uint8_t> stream(static_cast<size_t>(width * height * 8 + 4096));
   const int64_t used = VTC_CompressFrame(instance, stream.data(), picture.data(), width * bytes);

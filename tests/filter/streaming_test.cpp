@@ -1,4 +1,4 @@
-// The filter in a graph: every variant into every offered output type,
+// The filter in a graph: every offered output type,
 // the per-sample rewriting of times and flags, and format changes carried
 // by output samples.
 #include <map>
@@ -41,17 +41,13 @@ struct VariantCase {
   int32_t rows;
 };
 
-TEST_F(Streaming, EveryVariantIntoEveryOfferedTypeMatchesTheDirectFunctions) {
-  const VariantCase variants[] = {
-      {"VTQ0", kOutputFormatsPlain, kOutputFormatsPlainCount},
-      {"vtq2", kOutputFormatsPlain, kOutputFormatsPlainCount},
-      {"VTQ4", kOutputFormatsPlain, kOutputFormatsPlainCount},
-      {"VTQ1", kOutputFormatsAlpha, kOutputFormatsAlphaCount},
-      {"VTQ3", kOutputFormatsAlpha, kOutputFormatsAlphaCount},
-      {"VTQ5", kOutputFormatsAlpha, kOutputFormatsAlphaCount},
-      {"VTQ7", kOutputFormatsAlpha, kOutputFormatsAlphaCount},
-      {"VTQ9", kOutputFormatsAlpha, kOutputFormatsAlphaCount},
-  };
+TEST_F(Streaming, EveryOfferedTypeMatchesTheDirectFunctions) {
+  // What the filter adds is geometry (line sizes, the planar second plane
+  // behind the lines), the same for every variant of a table: one plain and
+  // one alpha variant cover both tables; the codec's bytes are pinned by the
+  // golden tests.
+  const VariantCase variants[] = {{"vtq2", kOutputFormatsPlain, kOutputFormatsPlainCount},
+                                  {"VTQ7", kOutputFormatsAlpha, kOutputFormatsAlphaCount}};
   for (const VariantCase& variant : variants) {
     const uint32_t fourcc = FourCC(variant.fourcc);
     for (int32_t position = 0; position < variant.rows; ++position) {

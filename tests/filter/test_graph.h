@@ -12,6 +12,7 @@
 
 #include "filter/vantaro_decoder.h"
 #include "platform/registry.h"
+#include "support/pictures.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::testing {
@@ -31,9 +32,7 @@ constexpr GUID kVideoMixingRenderer9{0x51B4ABF3, 0x748F, 0x4E3B,
 
 constexpr uint8_t kFill = 0xCD;  // every lent output buffer starts so
 
-inline uint32_t FourCC(const char* text) {
-  return MakeFourCC(text[0], text[1], text[2], text[3]);
-}
+using test::FourCC;
 
 struct StreamOptions {
   bool videoInfo2 = false;

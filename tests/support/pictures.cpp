@@ -1,12 +1,15 @@
 #include "support/pictures.h"
 
+#include <cstdlib>
+
 #include "codec/field_flow.h"
+#include "codec/layout_facts.h"
 #include "codec/quantiser.h"
 
 namespace vantaro::test {
 
 TestInstance::TestInstance(uint32_t fourcc, uint32_t colorSpace, int32_t width, int32_t height) {
-  InitInstance(&value_);
+  if (InitInstance(&value_) != Status::kOk) std::abort();
   SetStreamFormat(&value_, fourcc);
   value_.colorSpace = colorSpace;
   value_.width = width;
@@ -33,10 +36,9 @@ std::vector<uint8_t> PatternBytes(size_t count, uint32_t seed, int32_t lineBytes
 
 Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed,
                 int32_t padding) {
-  static const int32_t kBytesPerPixel[kColorSpaceCount] = {1, 1, 1, 1, 2, 2, 2, 1,
-                                                           2, 2, 2, 4, 3, 4};
   Frame frame;
-  frame.stride = width * kBytesPerPixel[colorSpace] + padding;
+  const int32_t pixelBytes = LayoutOf(colorSpace).pixelBytes;
+  frame.stride = width * (pixelBytes > 0 ? pixelBytes : 1) + padding;
   const size_t lines = static_cast<size_t>(height) + 40;
   size_t mainBytes = static_cast<size_t>(frame.stride) * lines;
   if (colorSpace == kCsUYVA) mainBytes *= 2;  // the alpha plane behind the lines
@@ -59,11 +61,19 @@ uint64_t Fnv1a64(const uint8_t* data, size_t size) {
   return h;
 }
 
+int64_t CompressFrameSize(CodecInstance* instance, uint8_t* stream, size_t capacity,
+                          const uint8_t* picture, const uint8_t* chroma, int32_t stride) {
+  int64_t size = 0;
+  return CompressFrame(instance, stream, capacity, picture, chroma, stride, &size) == Status::kOk
+             ? size
+             : 0;
+}
+
 std::vector<uint8_t> CompressFrameBytes(CodecInstance* instance, const Frame& frame) {
   std::vector<uint8_t> stream(frame.main.size() * 4 + 4096);
   const int64_t size =
-      CompressFrame(instance, stream.data(), stream.size(), frame.main.data(),
-                    frame.chroma.empty() ? nullptr : frame.chroma.data(), frame.stride);
+      CompressFrameSize(instance, stream.data(), stream.size(), frame.main.data(),
+                        frame.chroma.empty() ? nullptr : frame.chroma.data(), frame.stride);
   stream.resize(static_cast<size_t>(size - 4));
   return stream;
 }

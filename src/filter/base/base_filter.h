@@ -6,9 +6,9 @@
 #include <mutex>
 #include <string>
 
-#include "filter/com_base.h"
-#include "filter/media_sample.h"
-#include "filter/media_type.h"
+#include "filter/base/com_base.h"
+#include "filter/base/media_sample.h"
+#include "filter/base/media_type.h"
 
 namespace vantaro {
 

@@ -3,7 +3,7 @@
 // output sample fetched from the downstream allocator.
 #pragma once
 
-#include "filter/base_filter.h"
+#include "filter/base/base_filter.h"
 
 namespace vantaro {
 

@@ -1,5 +1,5 @@
 // The generic filter and the two enumerators it and its pins hand out.
-#include "filter/base_filter.h"
+#include "filter/base/base_filter.h"
 
 #include <algorithm>
 #include <atomic>

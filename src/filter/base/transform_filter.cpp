@@ -1,4 +1,4 @@
-#include "filter/transform_filter.h"
+#include "filter/base/transform_filter.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "filter/media_sample.h"
+#include "filter/base/media_sample.h"
 
 #include <algorithm>
 #include <cstddef>

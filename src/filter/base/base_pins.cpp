@@ -2,7 +2,7 @@
 // delivery downstream, and the input side's sample checks.
 #include <algorithm>
 
-#include "filter/base_filter.h"
+#include "filter/base/base_filter.h"
 #include "platform/com_runtime.h"
 
 namespace vantaro {

@@ -8,8 +8,8 @@
 #include <mutex>
 #include <vector>
 
-#include "filter/com_base.h"
-#include "filter/media_type.h"
+#include "filter/base/com_base.h"
+#include "filter/base/media_type.h"
 
 namespace vantaro {
 

@@ -1,4 +1,4 @@
-#include "filter/com_base.h"
+#include "filter/base/com_base.h"
 
 namespace vantaro {
 

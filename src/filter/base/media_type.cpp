@@ -1,4 +1,4 @@
-#include "filter/media_type.h"
+#include "filter/base/media_type.h"
 
 #include <cstring>
 

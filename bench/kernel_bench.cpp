@@ -1,0 +1,89 @@
+// One benchmark per kernel family and level (Kernels/<family>/<level>): the
+// same inputs through every level the build and processor have, so a new
+// vector level shows its gain family by family.
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <string>
+
+#include "codec/kernels.h"
+#include "decoder/inverse_transform.h"
+#include "decoder/store_kernels.h"
+#include "encoder/encoder_kernels.h"
+#include "kernel_bench.h"
+
+namespace vantaro::bench {
+namespace {
+
+alignas(16) int16_t g_block[64];
+alignas(16) uint8_t g_bytes[128];
+alignas(16) float g_reciprocals[64];
+alignas(16) uint16_t g_multipliers[64];
+
+void Fill() {
+  uint32_t state = 12345u;
+  for (int i = 0; i < 64; ++i) {
+    state = state * 1664525u + 1013904223u;
+    g_block[i] = static_cast<int16_t>((state >> 20) % 511) - 255;
+    g_reciprocals[i] = 1.0f / static_cast<float>(8 + i);
+    g_multipliers[i] = static_cast<uint16_t>(16 + i);
+  }
+  for (int i = 0; i < 128; ++i) g_bytes[i] = static_cast<uint8_t>(i * 37);
+}
+
+void Forward(benchmark::State& state, const Kernels* k) {
+  alignas(16) int16_t block[64];
+  for (auto _ : state) {
+    std::memcpy(block, g_block, sizeof block);
+    k->forward->forwardDct(block);
+    k->forward->quantise(block, g_reciprocals);
+    benchmark::DoNotOptimize(block);
+  }
+}
+
+void Loaders(benchmark::State& state, const Kernels* k) {
+  encoder::LineSamples line;
+  for (auto _ : state) {
+    k->loaders->yuy2(g_bytes, line);
+    k->loaders->rgb32(g_bytes, line);
+    k->loaders->chromaFull(g_bytes, line);
+    benchmark::DoNotOptimize(&line);
+  }
+}
+
+void Blocks(benchmark::State& state, const Kernels* k) {
+  alignas(16) int16_t block[64];
+  for (auto _ : state) {
+    std::memcpy(block, g_block, sizeof block);
+    k->blocks->inverseTransform(block, g_multipliers);
+    benchmark::DoNotOptimize(block);
+  }
+}
+
+void Stores(benchmark::State& state, const Kernels* k) {
+  alignas(16) uint8_t out[64];
+  for (auto _ : state) {
+    k->stores->packLine(g_block, g_block + 8, out);
+    k->stores->rawPairs(g_block, g_block + 16, out + 16);
+    k->stores->interleave(g_bytes, g_bytes + 16, out + 32);
+    benchmark::DoNotOptimize(out);
+  }
+}
+
+}  // namespace
+
+void RegisterKernelBenchmarks() {
+  Fill();
+  const char* names[kKernelLevelCount] = {"scalar", "sse2"};
+  for (int level = 0; level < kKernelLevelCount; ++level) {
+    const Kernels* k = KernelsAt(static_cast<KernelLevel>(level));
+    if (k == nullptr) continue;
+    const std::string suffix = std::string("/") + names[level];
+    benchmark::RegisterBenchmark(("Kernels/forward" + suffix).c_str(), Forward, k);
+    benchmark::RegisterBenchmark(("Kernels/loaders" + suffix).c_str(), Loaders, k);
+    benchmark::RegisterBenchmark(("Kernels/blocks" + suffix).c_str(), Blocks, k);
+    benchmark::RegisterBenchmark(("Kernels/stores" + suffix).c_str(), Stores, k);
+  }
+}
+
+}  // namespace vantaro::bench
