@@ -23,8 +23,7 @@ scripts/bootstrap.sh
 jobs=$(nproc)
 
 echo "== native answers"
-cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTARO_WERROR=ON \
-  -DVANTARO_BUILD_BENCH=ON >/dev/null
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTARO_WERROR=ON >/dev/null
 cmake --build build/release -j "$jobs" --target windows_reference
 echo "== Windows DLL and programs"
 cmake -S . -B build/windows -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTARO_WERROR=ON \

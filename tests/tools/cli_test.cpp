@@ -1,0 +1,192 @@
+// The vantaro program run as a user runs it: round trips against the
+// library's own, pipes, and every failure with its message, exit code and no
+// file left under the output's name.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+#include "avi/avi.h"
+#include "avi/riff.h"
+#include "input/y4m.h"
+#include "vantaro/vantaro.h"
+
+#ifdef VANTARO_CLI_PATH
+namespace vantaro::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+    int code;
+    std::string err;
+};
+
+// Runs the program through the shell with stderr captured.
+Outcome Vantaro(const std::string& args) {
+    const fs::path err = fs::temp_directory_path() / "vantaro_cli_stderr.txt";
+    const std::string cmd = std::string(VANTARO_CLI_PATH) + " " + args + " 2>" + err.string();
+    const int status = std::system(cmd.c_str());
+    std::ifstream in(err);
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text};
+}
+
+// A fresh folder per test, so nothing another test left can pass for output.
+fs::path Dir() {
+    const fs::path d = fs::temp_directory_path() / "vantaro_cli_test" /
+                       ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    fs::remove_all(d);
+    fs::create_directories(d);
+    return d;
+}
+
+std::vector<uint8_t> Frame(const Y4mFormat& f, int index) {
+    std::vector<uint8_t> b(f.frame_bytes());
+    for (size_t i = 0; i < b.size(); ++i) b[i] = uint8_t((i % size_t(f.width)) * 3 + (i / size_t(f.width)) * 5 + index * 17);
+    return b;
+}
+
+void WriteY4m(const fs::path& p, const char* header, int frames) {
+    std::string line = header;
+    const Y4mFormat f = parse_y4m_header(line, "x");
+    std::ofstream out(p, std::ios::binary);
+    out << line << '\n';
+    for (int i = 0; i < frames; ++i) {
+        const auto b = Frame(f, i);
+        out << "FRAME\n";
+        out.write(reinterpret_cast<const char*>(b.data()), std::streamsize(b.size()));
+    }
+}
+
+std::vector<uint8_t> ReadFile(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// The library's own round trip of one frame, in the input's planar format.
+std::vector<uint8_t> LibraryRoundTrip(uint32_t fourcc, vantaro_format fmt, const Y4mFormat& f, std::vector<uint8_t> in) {
+    vantaro_encoder* enc = nullptr;
+    vantaro_decoder* dec = nullptr;
+    EXPECT_EQ(vantaro_encoder_create(fourcc, f.width, f.height, 96, nullptr, &enc), VANTARO_OK);
+    EXPECT_EQ(vantaro_decoder_create(fourcc, f.width, f.height, nullptr, &dec), VANTARO_OK);
+    vantaro_picture pic;
+    EXPECT_EQ(vantaro_picture_fill(&pic, fmt, f.width, f.height, in.data(), in.size()), VANTARO_OK);
+    std::vector<uint8_t> coded(vantaro_frame_bound(fourcc, f.width, f.height));
+    size_t n = 0;
+    EXPECT_EQ(vantaro_encode(enc, &pic, coded.data(), coded.size(), &n), VANTARO_OK);
+    std::vector<uint8_t> out(in.size());
+    EXPECT_EQ(vantaro_picture_fill(&pic, fmt, f.width, f.height, out.data(), out.size()), VANTARO_OK);
+    EXPECT_EQ(vantaro_decode(dec, coded.data(), n, &pic, nullptr), VANTARO_OK);
+    vantaro_encoder_destroy(enc);
+    vantaro_decoder_destroy(dec);
+    return out;
+}
+
+TEST(Cli, Y4mThroughAviMatchesTheLibraryAtEveryThreadCount) {
+    struct Case {
+        const char* header;
+        const char* fourcc;
+        vantaro_format fmt;
+    };
+    const Case cases[] = {
+        {"YUV4MPEG2 W37 H21 F30000:1001 It C420mpeg2", "VTQ0", VANTARO_FORMAT_YUV420P},
+        {"YUV4MPEG2 W48 H16 F25:1 Ib C422", "VTQ2", VANTARO_FORMAT_YUV422P},
+        {"YUV4MPEG2 W33 H18 F24:1 Ip C444alpha", "VTQ5", VANTARO_FORMAT_YUVA444P},
+    };
+    const fs::path d = Dir();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.header);
+        WriteY4m(d / "in.y4m", c.header, 5);
+        ASSERT_EQ(Vantaro("encode " + (d / "in.y4m").string() + " -o " + (d / "a.avi").string() + " --threads 1 --quiet").code, 0);
+        ASSERT_EQ(Vantaro("encode - -o " + (d / "b.avi").string() + " --threads 3 --quiet < " + (d / "in.y4m").string()).code, 0);
+        EXPECT_EQ(ReadFile(d / "a.avi"), ReadFile(d / "b.avi"));
+        AviReader avi((d / "a.avi").string());
+        EXPECT_EQ(avi.video().fourcc, fourcc_upper(uint32_t(c.fourcc[0]) | uint32_t(c.fourcc[1]) << 8 | uint32_t(c.fourcc[2]) << 16 | uint32_t(c.fourcc[3]) << 24));
+        ASSERT_EQ(avi.frames().size(), 5u);
+
+        ASSERT_EQ(Vantaro("decode " + (d / "a.avi").string() + " -o - --quiet > " + (d / "out.y4m").string()).code, 0);
+        File in = File::open_read((d / "out.y4m").string());
+        Y4mReader r(in);
+        const Y4mFormat f = parse_y4m_header(c.header, "x");
+        EXPECT_EQ(r.format().width, f.width);
+        EXPECT_EQ(r.format().interlaced, f.interlaced);
+        std::vector<uint8_t> got;
+        for (int i = 0; i < 5; ++i) {
+            ASSERT_TRUE(r.read(got));
+            EXPECT_EQ(got, LibraryRoundTrip(avi.video().fourcc, c.fmt, f, Frame(f, i))) << "frame " << i;
+        }
+        EXPECT_FALSE(r.read(got));
+    }
+}
+
+TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
+    const fs::path d = Dir();
+    WriteY4m(d / "ok.y4m", "YUV4MPEG2 W32 H16 F25:1 C420", 4);
+    {
+        std::ofstream bad(d / "bad.y4m");
+        bad << "YUV4MPEG2 W32 H16 C411\nFRAME\n";
+    }
+    ASSERT_EQ(Vantaro("encode " + (d / "ok.y4m").string() + " -o " + (d / "ok.avi").string() + " --quiet").code, 0);
+    auto avi = ReadFile(d / "ok.avi");
+    {
+        std::ofstream cut(d / "cut.avi", std::ios::binary);
+        cut.write(reinterpret_cast<const char*>(avi.data()), std::streamsize(avi.size() - 40));
+    }
+    AviReader reader((d / "ok.avi").string());
+    // Overwrite the second frame's slice lengths with nonsense.
+    for (size_t i = 1; i < 12; ++i) avi[reader.frames()[1].offset + i] = 0xff;
+    {
+        std::ofstream bad(d / "damaged.avi", std::ios::binary);
+        bad.write(reinterpret_cast<const char*>(avi.data()), std::streamsize(avi.size()));
+    }
+    struct Case {
+        std::string args;
+        std::string out;
+        int code;
+        std::string message;
+    };
+    const std::string o = (d / "out.y4m").string(), oa = (d / "out.avi").string();
+    const Case cases[] = {
+        {"encode " + (d / "bad.y4m").string() + " -o " + oa, oa, 1, "4:1:1 chroma is not supported; use 4:2:0, 4:2:2 or 4:4:4"},
+        {"encode " + (d / "missing.y4m").string() + " -o " + oa, oa, 1, "missing.y4m: cannot open"},
+        {"encode " + (d / "ok.y4m").string() + " -o " + (d / "no" / "dir.avi").string(), "", 1, "dir.avi: cannot create"},
+        {"encode " + (d / "ok.y4m").string() + " -o " + oa + " --fourcc VTQ8", oa, 1, "not a Vantaro variant"},
+        {"encode " + (d / "ok.y4m").string(), oa, 2, "usage"},
+        {"decode " + (d / "missing.avi").string() + " -o " + o, o, 1, "cannot open"},
+        {"decode " + (d / "bad.y4m").string() + " -o " + o, o, 1, "not an AVI file"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const Outcome r = Vantaro(c.args);
+        EXPECT_EQ(r.code, c.code);
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        if (!c.out.empty()) {
+            EXPECT_FALSE(fs::exists(c.out));
+        }
+    }
+    for (const auto& e : fs::directory_iterator(d)) EXPECT_EQ(e.path().string().find(".part-"), std::string::npos);
+
+    // Damage is reported by frame and the other frames still come out.
+    const Outcome damaged = Vantaro("decode " + (d / "damaged.avi").string() + " -o " + o + " --quiet");
+    EXPECT_EQ(damaged.code, 3);
+    EXPECT_NE(damaged.err.find("frame 1:"), std::string::npos) << damaged.err;
+    File in = File::open_read(o);
+    Y4mReader r(in);
+    std::vector<uint8_t> frame;
+    int frames = 0;
+    while (r.read(frame)) ++frames;
+    EXPECT_EQ(frames, 4);
+    const Outcome cut = Vantaro("decode " + (d / "cut.avi").string() + " -o " + o + " --quiet");
+    EXPECT_EQ(cut.code, 3);
+    EXPECT_NE(cut.err.find("cut short"), std::string::npos) << cut.err;
+}
+
+}  // namespace
+}  // namespace vantaro::tool
+#endif

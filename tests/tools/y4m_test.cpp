@@ -1,0 +1,122 @@
+// YUV4MPEG2 headers as other tools write them, and a frame round trip.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "input/y4m.h"
+
+namespace vantaro::tool {
+namespace {
+
+TEST(Y4m, ParsesHeaders) {
+    struct Case {
+        const char* line;
+        int32_t w, h;
+        uint32_t rate, scale;
+        Chroma chroma;
+        bool interlaced, tff;
+        size_t frame_bytes;
+    };
+    const Case cases[] = {
+        {"YUV4MPEG2 W1920 H1080 F25:1 It A1:1 C420jpeg", 1920, 1080, 25, 1, Chroma::k420, true, true, 1920 * 1080 * 3 / 2},
+        {"YUV4MPEG2 W7 H5 F30000:1001 Ib C420paldv XYSCSS=420", 7, 5, 30000, 1001, Chroma::k420, true, false, 35 + 2 * 12},
+        {"YUV4MPEG2 W16 H2", 16, 2, 25, 1, Chroma::k420, false, true, 48},
+        {"YUV4MPEG2 C422 H4 W9 Ip", 9, 4, 25, 1, Chroma::k422, false, true, 36 + 2 * 20},
+        {"YUV4MPEG2 W4 H4 C444", 4, 4, 25, 1, Chroma::k444, false, true, 48},
+        {"YUV4MPEG2 W4 H4 C444alpha", 4, 4, 25, 1, Chroma::k444Alpha, false, true, 64},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        const Y4mFormat f = parse_y4m_header(c.line, "in.y4m");
+        EXPECT_EQ(f.width, c.w);
+        EXPECT_EQ(f.height, c.h);
+        EXPECT_EQ(f.rate, c.rate);
+        EXPECT_EQ(f.scale, c.scale);
+        EXPECT_EQ(f.chroma, c.chroma);
+        EXPECT_EQ(f.interlaced, c.interlaced);
+        EXPECT_EQ(f.top_field_first, c.tff);
+        EXPECT_EQ(f.frame_bytes(), c.frame_bytes);
+        // What we write reads back the same.
+        std::string again = y4m_header(f);
+        again.pop_back();
+        const Y4mFormat g = parse_y4m_header(again, "out.y4m");
+        EXPECT_EQ(g.frame_bytes(), f.frame_bytes());
+        EXPECT_EQ(g.interlaced, f.interlaced);
+        EXPECT_EQ(g.top_field_first, f.top_field_first);
+        EXPECT_EQ(g.rate * f.scale, f.rate * g.scale);
+    }
+}
+
+TEST(Y4m, RejectsBadHeadersInTheUsersTerms) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"YUV4MPEG2 W16 H16 C411", "in.y4m: 4:1:1 chroma is not supported; use 4:2:0, 4:2:2 or 4:4:4"},
+        {"YUV4MPEG2 W16 H16 Cmono", "in.y4m: greyscale (mono) chroma is not supported"},
+        {"YUV4MPEG W16 H16", "in.y4m: not a YUV4MPEG2 stream"},
+        {"YUV4MPEG2 W16", "lacks a valid width (W) or height (H)"},
+        {"YUV4MPEG2 W0 H16", "lacks a valid width (W) or height (H)"},
+        {"YUV4MPEG2 W16 H16 F25", "frame rate '25' is not a ratio"},
+        {"YUV4MPEG2 W20000 H16", "larger than 16384x16384"},
+        {"YUV4MPEG2 W16 H16 Im", "mixed field order"},
+    };
+    for (const auto& [line, message] : cases) {
+        SCOPED_TRACE(line);
+        try {
+            parse_y4m_header(line, "in.y4m");
+            ADD_FAILURE() << "accepted";
+        } catch (const UserError& e) {
+            EXPECT_NE(std::string(e.what()).find(message), std::string::npos) << e.what();
+        }
+    }
+}
+
+TEST(Y4m, FramesRoundTripAndCutStreamsAreReported) {
+    const std::string path = (std::filesystem::temp_directory_path() / "vantaro_tools_rt.y4m").string();
+    Y4mFormat f = parse_y4m_header("YUV4MPEG2 W5 H3 F24:1 C420", "x");
+    std::vector<uint8_t> a(f.frame_bytes()), b(f.frame_bytes());
+    for (size_t i = 0; i < a.size(); ++i) a[i] = uint8_t(i), b[i] = uint8_t(255 - i);
+    {
+        OutputFile out(path);
+        Y4mWriter w(out.file(), f);
+        w.write(a.data());
+        w.write(b.data());
+        out.commit();
+    }
+    {
+        File in = File::open_read(path);
+        Y4mReader r(in);
+        std::vector<uint8_t> got;
+        ASSERT_TRUE(r.read(got));
+        EXPECT_EQ(got, a);
+        ASSERT_TRUE(r.read(got));
+        EXPECT_EQ(got, b);
+        EXPECT_FALSE(r.read(got));
+    }
+    // Cut one byte short: the second frame is reported, not returned.
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) - 1);
+    File in = File::open_read(path);
+    Y4mReader r(in);
+    std::vector<uint8_t> got;
+    ASSERT_TRUE(r.read(got));
+    EXPECT_THROW(r.read(got), UserError);
+    std::remove(path.c_str());
+}
+
+TEST(OutputFile, NothingUnderTheFinalNameUntilCommitted) {
+    const auto dir = std::filesystem::temp_directory_path();
+    const std::string path = (dir / "vantaro_tools_out.bin").string();
+    std::remove(path.c_str());
+    {
+        OutputFile out(path);
+        out.file().write("abc", 3);
+        EXPECT_FALSE(std::filesystem::exists(path));
+    }  // dropped: no commit
+    EXPECT_FALSE(std::filesystem::exists(path));
+    for (const auto& e : std::filesystem::directory_iterator(dir))
+        EXPECT_EQ(e.path().filename().string().find("vantaro_tools_out.bin.part"), std::string::npos);
+    EXPECT_THROW(OutputFile{(dir / "no_such_dir_vantaro" / "x.avi").string()}, UserError);
+}
+
+}  // namespace
+}  // namespace vantaro::tool
