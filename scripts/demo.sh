@@ -6,11 +6,6 @@ cd "$(dirname "$0")/.."
 scripts/bootstrap.sh
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build/release
-if [ -x build/release/tools/vantaro ]; then
-  mkdir -p build/demo
-  cd build/demo
-  ../release/tools/vantaro demo
-else
-  # The tool links once the library provides the native encoder and decoder.
-  build/release/examples/roundtrip
-fi
+mkdir -p build/demo
+cd build/demo
+../release/tools/vantaro demo
