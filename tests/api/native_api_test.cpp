@@ -240,6 +240,17 @@ TEST(NativeApi, TruncatedAndLyingFramesAnswerStatusesOrDamage) {
   }
 }
 
+// 4K noise as 4:4:4 at quality 99 outgrows the header's 24-bit field offset.
+TEST(NativeApi, AFieldPastTheHeaderLimitIsFrameTooLarge) {
+  const Picture in = Make(VANTARO_FORMAT_YUV444P, 3840, 2160, true);
+  vantaro_encoder* e = nullptr;
+  ASSERT_EQ(vantaro_encoder_create(VANTARO_FOURCC_VTQ4, 3840, 2160, 99, nullptr, &e), VANTARO_OK);
+  std::vector<uint8_t> out(vantaro_frame_bound(VANTARO_FOURCC_VTQ4, 3840, 2160));
+  size_t written = 0;
+  EXPECT_EQ(vantaro_encode(e, &in.pic, out.data(), out.size(), &written), VANTARO_ERROR_FRAME_TOO_LARGE);
+  vantaro_encoder_destroy(e);
+}
+
 TEST(NativeApi, CppWrapperOwnsHandlesAndPassesStatuses) {
   const Picture in = Make(VANTARO_FORMAT_YUVA422P, 40, 20);
   Picture out(VANTARO_FORMAT_YUVA422P, 40, 20);
