@@ -240,6 +240,24 @@ TEST(NativeApi, TruncatedAndLyingFramesAnswerStatusesOrDamage) {
   }
 }
 
+TEST(NativeApi, ScalarKernelsAndThreadCountsGiveTheSameBytes) {
+  const Picture in = Make(VANTARO_FORMAT_YUVA422P, 48, 40, true);
+  const std::vector<uint8_t> automatic = Encode(VANTARO_FOURCC_VTQ3, in, 95);
+  for (const int32_t threads : {0, 1, 8}) {
+    vantaro_options options;
+    vantaro_options_default(&options);
+    options.kernels = VANTARO_KERNELS_SCALAR;
+    options.threads = threads;
+    vantaro_encoder* e = nullptr;
+    ASSERT_EQ(vantaro_encoder_create(VANTARO_FOURCC_VTQ3, 48, 40, 95, &options, &e), VANTARO_OK);
+    std::vector<uint8_t> out(automatic.size());
+    size_t written = 0;
+    EXPECT_EQ(vantaro_encode(e, &in.pic, out.data(), out.size(), &written), VANTARO_OK);
+    EXPECT_EQ(out, automatic);
+    vantaro_encoder_destroy(e);
+  }
+}
+
 // 4K noise as 4:4:4 at quality 99 outgrows the header's 24-bit field offset.
 TEST(NativeApi, AFieldPastTheHeaderLimitIsFrameTooLarge) {
   const Picture in = Make(VANTARO_FORMAT_YUV444P, 3840, 2160, true);
