@@ -91,6 +91,16 @@ TEST(NativeApi, RoundTripsEveryVariantAndPlanarFormatAtOddAndEvenSizes) {
         Picture out(format, s[0], s[1]);
         ASSERT_EQ(Decode(fourcc, Encode(fourcc, in, 96), out), VANTARO_OK);
         EXPECT_GT(Psnr(in, out, 0, s[0], s[1]), 38.0);
+        // 4:2:2 chroma into a 4:2:2 variant comes back as sharp as luma.
+        const int family = (format - 1) / 2;  // 0: 4:2:0, 1: 4:2:2, 2: 4:4:4
+        const uint32_t digit = fourcc >> 24;
+        const int variantFamily = digit <= '1' ? 0 : (digit <= '3' || digit == '7' ? 1 : 2);
+        if (family == 1 && variantFamily == 1) {
+          const int32_t cw = family == 2 ? s[0] : (s[0] + 1) / 2;
+          const int32_t ch = family == 0 ? (s[1] + 1) / 2 : s[1];
+          EXPECT_GT(Psnr(in, out, 1, cw, ch), 38.0);
+          EXPECT_GT(Psnr(in, out, 2, cw, ch), 38.0);
+        }
         const bool alphaPlane = format == VANTARO_FORMAT_YUVA420P ||
                                 format == VANTARO_FORMAT_YUVA422P || format == VANTARO_FORMAT_YUVA444P;
         const bool alphaStream = fourcc != VANTARO_FOURCC_VTQ0 && fourcc != VANTARO_FOURCC_VTQ2 &&
@@ -228,6 +238,35 @@ TEST(NativeApi, TruncatedAndLyingFramesAnswerStatusesOrDamage) {
     EXPECT_EQ(report.damaged_slices, 1u << 6);
     EXPECT_EQ(report.damaged_count, 1u);
   }
+}
+
+TEST(NativeApi, ScalarKernelsAndThreadCountsGiveTheSameBytes) {
+  const Picture in = Make(VANTARO_FORMAT_YUVA422P, 48, 40, true);
+  const std::vector<uint8_t> automatic = Encode(VANTARO_FOURCC_VTQ3, in, 95);
+  for (const int32_t threads : {0, 1, 8}) {
+    vantaro_options options;
+    vantaro_options_default(&options);
+    options.kernels = VANTARO_KERNELS_SCALAR;
+    options.threads = threads;
+    vantaro_encoder* e = nullptr;
+    ASSERT_EQ(vantaro_encoder_create(VANTARO_FOURCC_VTQ3, 48, 40, 95, &options, &e), VANTARO_OK);
+    std::vector<uint8_t> out(automatic.size());
+    size_t written = 0;
+    EXPECT_EQ(vantaro_encode(e, &in.pic, out.data(), out.size(), &written), VANTARO_OK);
+    EXPECT_EQ(out, automatic);
+    vantaro_encoder_destroy(e);
+  }
+}
+
+// 4K noise as 4:4:4 at quality 99 outgrows the header's 24-bit field offset.
+TEST(NativeApi, AFieldPastTheHeaderLimitIsFrameTooLarge) {
+  const Picture in = Make(VANTARO_FORMAT_YUV444P, 3840, 2160, true);
+  vantaro_encoder* e = nullptr;
+  ASSERT_EQ(vantaro_encoder_create(VANTARO_FOURCC_VTQ4, 3840, 2160, 99, nullptr, &e), VANTARO_OK);
+  std::vector<uint8_t> out(vantaro_frame_bound(VANTARO_FOURCC_VTQ4, 3840, 2160));
+  size_t written = 0;
+  EXPECT_EQ(vantaro_encode(e, &in.pic, out.data(), out.size(), &written), VANTARO_ERROR_FRAME_TOO_LARGE);
+  vantaro_encoder_destroy(e);
 }
 
 TEST(NativeApi, CppWrapperOwnsHandlesAndPassesStatuses) {
