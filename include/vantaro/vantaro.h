@@ -187,8 +187,13 @@ VTC_API vantaro_status vantaro_encoder_create(uint32_t fourcc, int32_t width, in
  * Encodes one frame. The picture must have the encoder's width and height.
  * Its format may be any planar one (a chroma resolution other than the
  * variant's is converted: averaging down, repeating up; alpha is ignored by
- * variants without it and taken as opaque when absent), or a packed layout
- * that can feed the variant as the direct functions allow it.
+ * variants without it and taken as opaque when absent). The packed and
+ * semi-planar layouts answer VANTARO_ERROR_UNSUPPORTED_FORMAT in this
+ * version; use the direct functions for them.
+ * Known limit of this version: planar pictures reach the codec through 4:2:2
+ * lines, so 4:2:2 is exact (the same bytes as UYVY through the direct
+ * functions) while the 4:2:0 variants take their chroma from every other
+ * line and the 4:4:4 variants code chroma at half horizontal resolution.
  * Writes at most `capacity` bytes to `dst` and the frame's true length to
  * `*written`. On VANTARO_ERROR_BUFFER_TOO_SMALL nothing past `capacity` is
  * touched; vantaro_frame_bound() gives a capacity that always suffices.
@@ -213,13 +218,13 @@ VTC_API vantaro_status vantaro_decoder_create(uint32_t fourcc, int32_t width, in
 
 /*
  * Decodes one frame of `length` bytes into `picture`, which must have the
- * decoder's width and height and a format that can receive the variant: any
- * planar one (chroma converted to the asked resolution, alpha 255 where the
- * stream has none), or a packed layout as the direct functions write it.
+ * decoder's width and height and a planar format (chroma converted to the
+ * asked resolution, alpha 255 where the stream has none); packed layouts
+ * answer VANTARO_ERROR_UNSUPPORTED_FORMAT in this version.
  * Never reads past `length`, never writes outside the picture. Every sample
  * is clamped to 0..255. On VANTARO_ERROR_DAMAGED every slice but those named
- * in `report` (which may be null) was decoded; damaged slices leave their
- * lines as they were.
+ * in `report` (which may be null) was decoded; the lines of damaged slices
+ * come out mid-grey.
  */
 VTC_API vantaro_status vantaro_decode(vantaro_decoder* decoder, const uint8_t* frame,
                                       size_t length, const vantaro_picture* picture,
