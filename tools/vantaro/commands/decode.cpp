@@ -1,5 +1,6 @@
 // vantaro decode: an AVI in, YUV4MPEG2 or raw frames out. Damaged frames are
 // reported by index and the rest of the file still comes out.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -14,26 +15,66 @@ namespace vantaro::tool {
 
 namespace {
 
+// The packed outputs are made here from the library's planar output (the
+// native door takes planar pictures only): UYVY from 4:2:2, RGB from 4:4:4.
+enum class Packing { kNone, kUyvy, kRgb24, kRgba };
+
 struct OutFormat {
     const char* name;
-    vantaro_format format;
-    bool y4m;          // has a YUV4MPEG2 form
+    vantaro_format format;  // what the library decodes into
+    bool y4m;               // has a YUV4MPEG2 form
     Chroma chroma;
-    bool swap_rb;      // the library's packed RGB is blue first
+    Packing packing;
 };
 
 const OutFormat kFormats[] = {
-    {"yuv420p", VANTARO_FORMAT_YUV420P, true, Chroma::k420, false},
-    {"yuv422p", VANTARO_FORMAT_YUV422P, true, Chroma::k422, false},
-    {"yuv444p", VANTARO_FORMAT_YUV444P, true, Chroma::k444, false},
-    {"yuva444p", VANTARO_FORMAT_YUVA444P, true, Chroma::k444Alpha, false},
-    {"uyvy", VANTARO_FORMAT_UYVY, false, Chroma::k422, false},
-    {"rgb24", VANTARO_FORMAT_RGB24, false, Chroma::k444, true},
-    {"rgba", VANTARO_FORMAT_RGB32, false, Chroma::k444Alpha, true},
+    {"yuv420p", VANTARO_FORMAT_YUV420P, true, Chroma::k420, Packing::kNone},
+    {"yuv422p", VANTARO_FORMAT_YUV422P, true, Chroma::k422, Packing::kNone},
+    {"yuv444p", VANTARO_FORMAT_YUV444P, true, Chroma::k444, Packing::kNone},
+    {"yuva444p", VANTARO_FORMAT_YUVA444P, true, Chroma::k444Alpha, Packing::kNone},
+    {"uyvy", VANTARO_FORMAT_YUV422P, false, Chroma::k422, Packing::kUyvy},
+    {"rgb24", VANTARO_FORMAT_YUV444P, false, Chroma::k444, Packing::kRgb24},
+    {"rgba", VANTARO_FORMAT_YUVA444P, false, Chroma::k444Alpha, Packing::kRgba},
     // The alpha variants' own samplings, for raw output.
-    {"yuva420p", VANTARO_FORMAT_YUVA420P, false, Chroma::k420, false},
-    {"yuva422p", VANTARO_FORMAT_YUVA422P, false, Chroma::k422, false},
+    {"yuva420p", VANTARO_FORMAT_YUVA420P, false, Chroma::k420, Packing::kNone},
+    {"yuva422p", VANTARO_FORMAT_YUVA422P, false, Chroma::k422, Packing::kNone},
 };
+
+// Bytes of one packed frame; 0 for the planar formats.
+size_t packed_bytes(Packing p, int32_t w, int32_t h) {
+    const size_t pixels = size_t(w) * size_t(h);
+    switch (p) {
+        case Packing::kUyvy: return size_t((w + 1) / 2) * 4 * size_t(h);
+        case Packing::kRgb24: return pixels * 3;
+        case Packing::kRgba: return pixels * 4;
+        case Packing::kNone: break;
+    }
+    return 0;
+}
+
+// Planar (tightly packed, as vantaro_picture_fill lays it out) to packed.
+void pack(Packing p, const std::vector<uint8_t>& planar, int32_t w, int32_t h, std::vector<uint8_t>& out) {
+    const size_t W = size_t(w), H = size_t(h), n = W * H;
+    out.resize(packed_bytes(p, w, h));
+    if (p == Packing::kUyvy) {
+        const size_t cw = (W + 1) / 2;
+        const uint8_t *Y = planar.data(), *U = Y + n, *V = U + cw * H;
+        uint8_t* o = out.data();
+        for (size_t y = 0; y < H; ++y)
+            for (size_t x = 0; x < W; x += 2) {
+                *o++ = U[y * cw + x / 2];
+                *o++ = Y[y * W + x];
+                *o++ = V[y * cw + x / 2];
+                *o++ = Y[y * W + std::min(x + 1, W - 1)];
+            }
+        return;
+    }
+    const size_t step = p == Packing::kRgba ? 4 : 3;
+    for (size_t i = 0; i < n; ++i) {
+        yuv_to_rgb(planar[i], planar[n + i], planar[2 * n + i], &out[i * step]);
+        if (step == 4) out[i * 4 + 3] = planar[3 * n + i];
+    }
+}
 
 const OutFormat& pick_format(const std::string& asked, const Variant& v, bool y4m) {
     if (!asked.empty()) {
@@ -76,10 +117,6 @@ struct Decoders {
         for (auto* h : handles) vantaro_decoder_destroy(h);
     }
 };
-
-void swap_red_blue(std::vector<uint8_t>& px, size_t step) {
-    for (size_t i = 0; i + 2 < px.size(); i += step) std::swap(px[i], px[i + 2]);
-}
 
 }  // namespace
 
@@ -128,6 +165,7 @@ int decode_command(int argc, char** argv) {
     Progress progress(a.flag("--quiet"), last - first + 1);
     std::vector<std::vector<uint8_t>> coded(static_cast<size_t>(threads)), pictures(static_cast<size_t>(threads), std::vector<uint8_t>(picture_bytes));
     std::vector<std::string> problems(static_cast<size_t>(threads));
+    std::vector<uint8_t> packed;
     size_t damaged = 0;
     for (size_t base = first; base <= last; base += size_t(threads)) {
         const size_t n = std::min(static_cast<size_t>(threads), last + 1 - base);
@@ -155,9 +193,11 @@ int decode_command(int argc, char** argv) {
                 ++damaged;
                 std::fprintf(stderr, "vantaro: %s: frame %zu: %s\n", input.c_str(), base + i, problems[i].c_str());
             }
-            if (fmt.swap_rb) swap_red_blue(pictures[i], fmt.format == VANTARO_FORMAT_RGB24 ? 3 : 4);
             if (y4m_writer) y4m_writer->write(pictures[i].data());
-            else out.file().write(pictures[i].data(), pictures[i].size());
+            else if (fmt.packing != Packing::kNone) {
+                pack(fmt.packing, pictures[i], w, h, packed);
+                out.file().write(packed.data(), packed.size());
+            } else out.file().write(pictures[i].data(), pictures[i].size());
             progress.frame_done(coded[i].size());
         }
     }

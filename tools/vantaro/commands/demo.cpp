@@ -141,8 +141,7 @@ int demo_command(int argc, char** argv) {
             for (int i = 0; i < kFrames; ++i) writer.add_frame(coded[size_t(i)].data(), uint32_t(lengths[size_t(i)]));
             writer.finish();
         }
-        // Contact sheet: frame 0 at a quarter size, four variants a row,
-        // turned to RGB here with the studio-range BT.601 matrix.
+        // Contact sheet: frame 0 at a quarter size, four variants a row.
         const uint8_t* yuv = decoded[0].data();
         const size_t ox = (vi % 4) * (kWidth / 4), oy = (vi / 4) * (kHeight / 4);
         for (size_t y = 0; y < size_t(kHeight) / 4; ++y)
@@ -151,10 +150,8 @@ int demo_command(int argc, char** argv) {
                 for (size_t dy = 0; dy < 4; ++dy)
                     for (size_t dx = 0; dx < 4; ++dx)
                         for (int c = 0; c < 3; ++c) m[c] += yuv[size_t(c) * plane + (y * 4 + dy) * kWidth + x * 4 + dx] / 16.0;
-                const double l = 1.164 * (m[0] - 16), u = m[1] - 128, vv = m[2] - 128;
-                const double rgb[3] = {l + 1.596 * vv, l - 0.392 * u - 0.813 * vv, l + 2.017 * u};
-                for (int c = 0; c < 3; ++c)
-                    sheet[((oy + y) * sheet_w + ox + x) * 3 + size_t(c)] = uint8_t(std::clamp(rgb[c] + 0.5, 0.0, 255.0));
+                yuv_to_rgb(uint8_t(m[0] + 0.5), uint8_t(m[1] + 0.5), uint8_t(m[2] + 0.5),
+                           &sheet[((oy + y) * sheet_w + ox + x) * 3]);
             }
     }
     avi_out.commit();
