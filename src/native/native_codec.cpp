@@ -15,23 +15,25 @@
 using namespace vantaro;
 using namespace vantaro::native;
 
-struct vantaro_encoder {
+namespace vantaro::native {
+
+// What both handles hold: the instance at the coded size and its staging picture.
+struct HandleState {
   CodecInstance* instance = nullptr;
   VariantFacts variant{};
   vantaro_options options{};
   int32_t width = 0, height = 0, codedWidth = 0, codedHeight = 0;
   uint8_t* staging = nullptr;
+};
+
+}  // namespace vantaro::native
+
+struct vantaro_encoder : vantaro::native::HandleState {
   uint8_t* stream = nullptr;  // the frame bound plus the writer's spill room
   size_t streamCapacity = 0;
 };
 
-struct vantaro_decoder {
-  CodecInstance* instance = nullptr;
-  VariantFacts variant{};
-  vantaro_options options{};
-  int32_t width = 0, height = 0, codedWidth = 0, codedHeight = 0;
-  uint8_t* staging = nullptr;
-};
+struct vantaro_decoder : vantaro::native::HandleState {};
 
 namespace {
 
@@ -52,8 +54,7 @@ CodecInstance* NewInstance(const VariantFacts& v, int32_t codedWidth, int32_t co
   return instance;
 }
 
-template <class Handle>
-vantaro_status Prepare(Handle* h, uint32_t fourcc, int32_t width, int32_t height,
+vantaro_status Prepare(HandleState* h, uint32_t fourcc, int32_t width, int32_t height,
                        const vantaro_options* options) {
   if (!VariantOf(fourcc, &h->variant)) return VANTARO_ERROR_UNKNOWN_FOURCC;
   if (const vantaro_status s = CheckSize(width, height); s != VANTARO_OK) return s;

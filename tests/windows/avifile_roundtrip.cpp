@@ -108,10 +108,7 @@ void ReadFile(const std::string& path, const std::string& directory) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: %s OUTPUT_DIRECTORY DLL_PATH\n", argv[0]);
-    return 2;
-  }
+  if (!check::HasArguments(argc, argv)) return 2;
   const std::string directory = argv[1];
   const std::string path = directory + "\\vantaro.avi";
   EXPECT(ICInstall(ICTYPE_VIDEO, kAviFourCC, reinterpret_cast<LPARAM>(argv[2]), nullptr,

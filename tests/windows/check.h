@@ -17,6 +17,13 @@ inline bool Expect(bool holds, const char* what, const char* file, int line) {
   return holds;
 }
 
+// True when the program got OUTPUT_DIRECTORY and DLL_PATH; prints the usage otherwise.
+inline bool HasArguments(int argc, char** argv) {
+  if (argc == 3) return true;
+  std::fprintf(stderr, "usage: %s OUTPUT_DIRECTORY DLL_PATH\n", argv[0]);
+  return false;
+}
+
 inline int ExitCode(const char* program) {
   std::printf("%s: %s\n", program, g_failures == 0 ? "passed" : "FAILED");
   return g_failures == 0 ? 0 : 1;

@@ -68,10 +68,7 @@ void CaptureFaults(HMODULE module, const std::string& directory) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: %s OUTPUT_DIRECTORY DLL_PATH\n", argv[0]);
-    return 2;
-  }
+  if (!check::HasArguments(argc, argv)) return 2;
   HMODULE module = LoadLibraryA(argv[2]);
   if (!EXPECT(module != nullptr)) return check::ExitCode("direct_exports");
   bool all = true;

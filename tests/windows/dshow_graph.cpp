@@ -200,10 +200,7 @@ void NullRenderer(const std::vector<std::vector<uint8_t>>& frames) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: %s OUTPUT_DIRECTORY DLL_PATH\n", argv[0]);
-    return 2;
-  }
+  if (!check::HasArguments(argc, argv)) return 2;
   const std::string directory = argv[1];
   if (!EXPECT(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)))) {
     return check::ExitCode("dshow_graph");

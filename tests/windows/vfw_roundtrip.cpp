@@ -139,10 +139,7 @@ bool RoundTrip(const std::string& directory, const sample_frames::VfwCase& c) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: %s OUTPUT_DIRECTORY DLL_PATH\n", argv[0]);
-    return 2;
-  }
+  if (!check::HasArguments(argc, argv)) return 2;
   const std::string directory = argv[1];
   // The Drivers32 value "vidc.VTQn" names the DLL; the manager loads it from there.
   for (const Identity& identity : kIdentities) {
