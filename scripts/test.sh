@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds and runs every test: an optimised build with vector kernels, the same
 # suite on the scalar kernels, and a build under AddressSanitizer and
-# UndefinedBehaviorSanitizer.
+# UndefinedBehaviorSanitizer, then the Windows DLL under Wine (installed when missing).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/bootstrap.sh
@@ -21,3 +21,6 @@ cmake -S . -B build/asan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVANTARO_WE
   -DVANTARO_SANITIZE=ON >/dev/null
 cmake --build build/asan -j "$jobs"
 ctest --test-dir build/asan --output-on-failure -j "$jobs"
+
+echo "== the Windows DLL under Wine, compared with the native build"
+scripts/test-windows.sh
