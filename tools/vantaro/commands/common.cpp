@@ -141,10 +141,4 @@ void Progress::finish(const std::string& verb, uint64_t pixels) {
 
 std::string status_text(vantaro_status s) { return vantaro_status_string(s); }
 
-void yuv_to_rgb(uint8_t y, uint8_t u, uint8_t v, uint8_t* rgb) {
-    const double l = 1.164 * (y - 16), cb = u - 128.0, cr = v - 128.0;
-    const double c[3] = {l + 1.596 * cr, l - 0.392 * cb - 0.813 * cr, l + 2.017 * cb};
-    for (int i = 0; i < 3; ++i) rgb[i] = uint8_t(std::clamp(c[i] + 0.5, 0.0, 255.0));
-}
-
 }  // namespace vantaro::tool

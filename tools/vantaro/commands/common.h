@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "convert/colour.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::tool {
@@ -59,8 +60,5 @@ private:
 };
 
 std::string status_text(vantaro_status s);
-
-// One pixel from studio-range BT.601 Y'CbCr to R, G, B (red first).
-void yuv_to_rgb(uint8_t y, uint8_t u, uint8_t v, uint8_t* rgb);
 
 }  // namespace vantaro::tool

@@ -1,11 +1,15 @@
-// vantaro encode: YUV4MPEG2 frames in, an AVI of one variant out, several
-// frames in flight, written in order so every thread count gives one file.
+// vantaro encode: YUV4MPEG2 frames or PNG pictures in, an AVI of one variant
+// out, several frames in flight, written in order so every thread count gives
+// one file.
+#include <algorithm>
+#include <cstdlib>
 #include <memory>
 
 #include "avi/avi.h"
 #include "avi/riff.h"
 #include "commands/commands.h"
 #include "commands/common.h"
+#include "input/png_reader.h"
 #include "input/y4m.h"
 
 namespace vantaro::tool {
@@ -32,31 +36,58 @@ vantaro_format planar(Chroma c) {
     return VANTARO_FORMAT_YUV420P;
 }
 
-struct Encoders {
-    std::vector<vantaro_encoder*> handles;
-    ~Encoders() {
-        for (auto* h : handles) vantaro_encoder_destroy(h);
-    }
+bool png_input(const std::string& name) {
+    if (name == "-") return false;
+    if (NumberPattern::is_pattern(name)) return true;
+    uint8_t head[8] = {};
+    File f = File::open_read(name);
+    static const uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
+    return f.read_some(head, 8) == 8 && std::equal(head, head + 8, kSignature);
+}
+
+// Frames in planar Y'CbCr from either kind of input; `total` is 0 when the
+// count is unknown (a pipe), an estimate for a Y4M file.
+struct Source {
+    Y4mFormat format;
+    uint64_t total = 0;
+    std::function<bool(std::vector<uint8_t>&)> read;
+    std::unique_ptr<PngSequence> png;
+    std::unique_ptr<File> file;
+    std::unique_ptr<Y4mReader> y4m;
 };
 
-}  // namespace
+void open_source(const std::string& input, Source& s) {
+    if (png_input(input)) {
+        s.png = std::make_unique<PngSequence>(input);
+        s.format = s.png->format();
+        s.total = s.png->count();
+        s.read = [p = s.png.get()](std::vector<uint8_t>& f) { return p->read(f); };
+        return;
+    }
+    s.file = std::make_unique<File>(File::open_read(input));
+    s.y4m = std::make_unique<Y4mReader>(*s.file);
+    s.format = s.y4m->format();
+    const uint64_t size = s.file->size(), at = s.file->tell();
+    if (size > at) s.total = (size - at) / (s.format.frame_bytes() + 6);  // "FRAME\n" and the samples
+    s.read = [r = s.y4m.get()](std::vector<uint8_t>& f) { return r->read(f); };
+}
 
-int encode_command(int argc, char** argv) {
-    const Args a = parse_args(argc, argv, {"--quiet"}, {"-o", "--fourcc", "--quality", "--threads"});
-    if (a.positional.size() != 1 || a.value("-o").empty())
-        throw UsageError("usage: vantaro encode INPUT -o OUTPUT.avi [--fourcc VTQ2] [--quality 96] [--threads N]");
-    const std::string input = a.positional[0];
-    const int32_t quality = a.number("--quality", 96, 1, 99);
-    const int32_t threads = a.number("--threads", default_threads(), 1, 64);
+// --rate 30000:1001 or --rate 25
+void apply_rate(const std::string& text, Y4mFormat& f) {
+    if (text.empty()) return;
+    char* end = nullptr;
+    const unsigned long long n = std::strtoull(text.c_str(), &end, 10);
+    unsigned long long d = 1;
+    if (*end == ':') d = std::strtoull(end + 1, &end, 10);
+    if (*end || !n || !d || n > 0xffffffffull || d > 0xffffffffull)
+        throw UserError("--rate " + text + ": expected frames a second as N or N:D, such as 25 or 30000:1001");
+    f.rate = uint32_t(n);
+    f.scale = uint32_t(d);
+}
 
-    File in = File::open_read(input);
-    Y4mReader reader(in);
-    const Y4mFormat& f = reader.format();
-    const uint32_t code = a.value("--fourcc").empty() ? default_fourcc(f.chroma) : parse_fourcc(a.value("--fourcc"));
-    const Variant& variant = *find_variant(code);
-
+AviVideo avi_video(const Y4mFormat& f, const Variant& variant, const std::string& input) {
     AviVideo video;
-    video.fourcc = code;
+    video.fourcc = variant.fourcc;
     if (vantaro_coded_size(f.width, f.height, &video.coded_width, &video.coded_height) != VANTARO_OK)
         throw UserError(input + ": the picture size is not supported");
     video.display_width = f.width;
@@ -67,14 +98,40 @@ int encode_command(int argc, char** argv) {
     video.interlaced = f.interlaced;
     video.top_field_first = f.top_field_first;
     video.bit_count = variant.alpha ? 32 : 24;
-    const size_t bound = vantaro_frame_bound(code, f.width, f.height);
-    video.size_image = uint32_t(bound);
+    video.size_image = uint32_t(vantaro_frame_bound(variant.fourcc, f.width, f.height));
+    return video;
+}
+
+struct Encoders {
+    std::vector<vantaro_encoder*> handles;
+    ~Encoders() {
+        for (auto* h : handles) vantaro_encoder_destroy(h);
+    }
+};
+
+}  // namespace
+
+int encode_command(int argc, char** argv) {
+    const Args a = parse_args(argc, argv, {"--quiet"}, {"-o", "--fourcc", "--quality", "--threads", "--rate"});
+    if (a.positional.size() != 1 || a.value("-o").empty())
+        throw UsageError("usage: vantaro encode INPUT -o OUTPUT.avi [--fourcc VTQ2] [--quality 96] [--threads N]");
+    const std::string input = a.positional[0];
+    const int32_t quality = a.number("--quality", 96, 1, 99);
+    const size_t threads = size_t(a.number("--threads", default_threads(), 1, 64));
+
+    Source src;
+    open_source(input, src);
+    Y4mFormat& f = src.format;
+    apply_rate(a.value("--rate"), f);
+    const uint32_t code = a.value("--fourcc").empty() ? default_fourcc(f.chroma) : parse_fourcc(a.value("--fourcc"));
+    const Variant& variant = *find_variant(code);
+    const AviVideo video = avi_video(f, variant, input);
 
     Encoders enc;
     vantaro_options options;
     vantaro_options_default(&options);
     options.threads = 1;  // parallel across frames, not within one
-    enc.handles.assign(static_cast<size_t>(threads), nullptr);
+    enc.handles.assign(threads, nullptr);
     for (auto*& h : enc.handles) {
         const vantaro_status s = vantaro_encoder_create(code, f.width, f.height, quality, &options, &h);
         if (s != VANTARO_OK) throw UserError(input + ": cannot encode as " + variant.name + ": " + status_text(s));
@@ -82,17 +139,17 @@ int encode_command(int argc, char** argv) {
 
     OutputFile out(a.value("-o"));
     AviWriter writer(out.file(), video);
-    Progress progress(a.flag("--quiet"), 0);
-    std::vector<std::vector<uint8_t>> frames(static_cast<size_t>(threads)), coded(static_cast<size_t>(threads), std::vector<uint8_t>(bound));
-    std::vector<size_t> lengths(static_cast<size_t>(threads));
-    std::vector<vantaro_status> statuses(static_cast<size_t>(threads));
+    Progress progress(a.flag("--quiet"), src.total);
+    // One batch of `threads` frames in memory at a time, whatever the length.
+    std::vector<std::vector<uint8_t>> frames(threads), coded(threads, std::vector<uint8_t>(video.size_image));
+    std::vector<size_t> lengths(threads);
+    std::vector<vantaro_status> statuses(threads);
     uint64_t index = 0;
     for (;;) {
         size_t n = 0;
-        while (n < frames.size() && reader.read(frames[n])) ++n;
+        while (n < frames.size() && src.read(frames[n])) ++n;
         if (n == 0) break;
-        run_batch(threads, n, [&](size_t slot, size_t i) {
-            (void)slot;
+        run_batch(int32_t(threads), n, [&](size_t, size_t i) {
             vantaro_picture pic;
             statuses[i] = vantaro_picture_fill(&pic, planar(f.chroma), f.width, f.height, frames[i].data(),
                                                frames[i].size());
@@ -106,6 +163,7 @@ int encode_command(int argc, char** argv) {
             progress.frame_done(lengths[i]);
         }
     }
+    if (index == 0) throw UserError(input + ": holds no frames");
     writer.finish();
     out.commit();
     progress.finish("encoded", uint64_t(f.width) * uint64_t(f.height));
