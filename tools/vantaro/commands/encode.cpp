@@ -116,6 +116,8 @@ int encode_command(int argc, char** argv) {
     if (a.positional.size() != 1 || a.value("-o").empty())
         throw UsageError("usage: vantaro encode INPUT -o OUTPUT.avi [--fourcc VTQ2] [--quality 96] [--threads N]");
     const std::string input = a.positional[0];
+    if (a.value("-o") == "-")
+        throw UsageError("AVI output must be a file: its sizes and indexes are written once the frames are in");
     const int32_t quality = a.number("--quality", 96, 1, 99);
     const size_t threads = size_t(a.number("--threads", default_threads(), 1, 64));
 
