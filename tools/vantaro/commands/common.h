@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "convert/colour.h"
+#include "io/pipeline.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::tool {

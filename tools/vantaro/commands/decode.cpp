@@ -79,40 +79,43 @@ int decode_command(int argc, char** argv) {
     const std::unique_ptr<FrameSink> sink = make_sink(output, container, fmt, picture, last - first + 1);
 
     Progress progress(a.flag("--quiet"), last - first + 1);
-    // One batch of `threads` frames in memory at a time, whatever the length.
+    // Each worker holds one frame, coded and decoded: memory stays at
+    // `threads` frames whatever the length.
     std::vector<std::vector<uint8_t>> coded(threads), pictures(threads, std::vector<uint8_t>(picture_bytes));
     std::vector<std::string> problems(threads);
     size_t damaged = 0;
-    for (size_t base = first; base <= last; base += threads) {
-        const size_t n = std::min(threads, last + 1 - base);
-        for (size_t i = 0; i < n; ++i) {
-            problems[i].clear();
-            if (!reader.read_frame(base + i, coded[i])) problems[i] = "cut short";
-        }
-        run_batch(int32_t(threads), n, [&](size_t, size_t i) {
+    run_pipeline(
+        threads,
+        [&](size_t slot, uint64_t i) {
+            if (first + i > last) return false;
+            problems[slot].clear();
+            if (!reader.read_frame(first + i, coded[slot])) problems[slot] = "cut short";
+            return true;
+        },
+        [&](size_t slot, uint64_t) {
             vantaro_picture pic;
-            vantaro_picture_fill(&pic, fmt.format, w, h, pictures[i].data(), pictures[i].size());
+            vantaro_picture_fill(&pic, fmt.format, w, h, pictures[slot].data(), pictures[slot].size());
             vantaro_decode_report report{};
-            const vantaro_status s = problems[i].empty()
-                ? vantaro_decode(dec.handles[i], coded[i].data(), coded[i].size(), &pic, &report)
+            const vantaro_status s = problems[slot].empty()
+                ? vantaro_decode(dec.handles[slot], coded[slot].data(), coded[slot].size(), &pic, &report)
                 : VANTARO_ERROR_TRUNCATED;
-            if (s == VANTARO_ERROR_DAMAGED)
-                problems[i] = std::to_string(report.damaged_count) + " of 8 slices damaged; the rest decoded";
-            else if (s != VANTARO_OK) {
+            if (s == VANTARO_ERROR_DAMAGED) {
+                problems[slot] = std::to_string(report.damaged_count) + " of 8 slices damaged; the rest decoded";
+            } else if (s != VANTARO_OK) {
                 // Nothing usable: a mid-grey frame keeps the timing.
-                std::memset(pictures[i].data(), 128, pictures[i].size());
-                problems[i] = status_text(s) + "; written as grey";
+                std::memset(pictures[slot].data(), 128, pictures[slot].size());
+                problems[slot] = status_text(s) + "; written as grey";
             }
-        });
-        for (size_t i = 0; i < n; ++i) {
-            if (!problems[i].empty()) {
+        },
+        [&](size_t slot, uint64_t i) {
+            if (!problems[slot].empty()) {
                 ++damaged;
-                std::fprintf(stderr, "vantaro: %s: frame %zu: %s\n", input.c_str(), base + i, problems[i].c_str());
+                std::fprintf(stderr, "vantaro: %s: frame %llu: %s\n", input.c_str(),
+                             (unsigned long long)(first + i), problems[slot].c_str());
             }
-            sink->write(base + i, pictures[i]);
-            progress.frame_done(coded[i].size());
-        }
-    }
+            sink->write(first + i, pictures[slot]);
+            progress.frame_done(coded[slot].size());
+        });
     sink->commit();
     progress.finish("decoded", uint64_t(w) * uint64_t(h));
     if (reader.truncated()) std::fprintf(stderr, "vantaro: %s: the file is cut short; decoded the frames it holds\n", input.c_str());

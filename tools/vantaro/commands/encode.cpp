@@ -142,29 +142,29 @@ int encode_command(int argc, char** argv) {
     OutputFile out(a.value("-o"));
     AviWriter writer(out.file(), video);
     Progress progress(a.flag("--quiet"), src.total);
-    // One batch of `threads` frames in memory at a time, whatever the length.
+    // Each worker holds one frame and its coded form: memory stays at
+    // `threads` frames whatever the length.
     std::vector<std::vector<uint8_t>> frames(threads), coded(threads, std::vector<uint8_t>(video.size_image));
     std::vector<size_t> lengths(threads);
     std::vector<vantaro_status> statuses(threads);
     uint64_t index = 0;
-    for (;;) {
-        size_t n = 0;
-        while (n < frames.size() && src.read(frames[n])) ++n;
-        if (n == 0) break;
-        run_batch(int32_t(threads), n, [&](size_t, size_t i) {
+    run_pipeline(
+        threads, [&](size_t slot, uint64_t) { return src.read(frames[slot]); },
+        [&](size_t slot, uint64_t) {
             vantaro_picture pic;
-            statuses[i] = vantaro_picture_fill(&pic, planar(f.chroma), f.width, f.height, frames[i].data(),
-                                               frames[i].size());
-            if (statuses[i] == VANTARO_OK)
-                statuses[i] = vantaro_encode(enc.handles[i], &pic, coded[i].data(), coded[i].size(), &lengths[i]);
+            statuses[slot] = vantaro_picture_fill(&pic, planar(f.chroma), f.width, f.height, frames[slot].data(),
+                                                  frames[slot].size());
+            if (statuses[slot] == VANTARO_OK)
+                statuses[slot] = vantaro_encode(enc.handles[slot], &pic, coded[slot].data(), coded[slot].size(),
+                                                &lengths[slot]);
+        },
+        [&](size_t slot, uint64_t i) {
+            if (statuses[slot] != VANTARO_OK)
+                throw UserError(input + ": frame " + std::to_string(i) + ": " + status_text(statuses[slot]));
+            writer.add_frame(coded[slot].data(), uint32_t(lengths[slot]));
+            progress.frame_done(lengths[slot]);
+            index = i + 1;
         });
-        for (size_t i = 0; i < n; ++i, ++index) {
-            if (statuses[i] != VANTARO_OK)
-                throw UserError(input + ": frame " + std::to_string(index) + ": " + status_text(statuses[i]));
-            writer.add_frame(coded[i].data(), uint32_t(lengths[i]));
-            progress.frame_done(lengths[i]);
-        }
-    }
     if (index == 0) throw UserError(input + ": holds no frames");
     writer.finish();
     out.commit();
