@@ -157,6 +157,14 @@ TEST(Cli, PngThroughAviMatchesTheLibraryBothWays) {
         EXPECT_EQ(fourcc_text(reader.video().fourcc), c.fourcc);
         ASSERT_EQ(reader.frames().size(), 3u);
         EXPECT_FALSE(reader.video().interlaced);
+        // One picture on standard input codes as the sequence's first frame.
+        ASSERT_EQ(Vantaro("encode - -o " + (d / "b.avi").string() + " --quiet < " + (d / "in_001.png").string()).code, 0);
+        AviReader single((d / "b.avi").string());
+        ASSERT_EQ(single.frames().size(), 1u);
+        std::vector<uint8_t> first_a, first_b;
+        ASSERT_TRUE(reader.read_frame(0, first_a));
+        ASSERT_TRUE(single.read_frame(0, first_b));
+        EXPECT_EQ(first_a, first_b);
 
         ASSERT_EQ(Vantaro("decode " + avi + " -o " + (d / "one.y4m").string() + " --threads 1 --quiet").code, 0);
         ASSERT_EQ(Vantaro("decode " + avi + " -o " + (d / "three.y4m").string() + " --threads 3 --quiet").code, 0);

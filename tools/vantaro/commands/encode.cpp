@@ -2,6 +2,7 @@
 // out, several frames in flight, written in order so every thread count gives
 // one file.
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -36,12 +37,17 @@ vantaro_format planar(Chroma c) {
     return VANTARO_FORMAT_YUV420P;
 }
 
+// PNG by its signature, or by a number field in the name; standard input
+// is peeked at without taking the byte.
 bool png_input(const std::string& name) {
-    if (name == "-") return false;
+    static const uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
+    if (name == "-") {
+        const int c = std::fgetc(stdin);
+        return c != EOF && std::ungetc(c, stdin) == kSignature[0];
+    }
     if (NumberPattern::is_pattern(name)) return true;
     uint8_t head[8] = {};
     File f = File::open_read(name);
-    static const uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
     return f.read_some(head, 8) == 8 && std::equal(head, head + 8, kSignature);
 }
 

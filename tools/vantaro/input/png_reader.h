@@ -21,9 +21,10 @@ struct PngPicture {
     std::vector<uint8_t> pixels;
 };
 
-PngPicture read_png(const std::string& path);  // throws UserError
+PngPicture read_png(const std::string& path);  // "-": standard input; throws UserError
 
-// `name` is one PNG file or a pattern such as shot_%04d.png. A sequence
+// `name` is one PNG file ("-" for standard input) or a pattern such as
+// shot_%04d.png. A sequence
 // starts at 0 or 1, whichever exists, and ends before the first missing
 // number. Every picture must have the first one's size.
 class PngSequence {
