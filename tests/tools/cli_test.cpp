@@ -275,6 +275,23 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
     EXPECT_NE(cut.err.find("cut short"), std::string::npos) << cut.err;
 }
 
+TEST(Cli, InterruptedWhileReadingAPipeLeavesNothingBehind) {
+    const fs::path d = Dir();
+    WriteY4m(d / "in.y4m", "YUV4MPEG2 W64 H32 F25:1 C420", 3);
+    // The FIFO stays open for writing in the shell, so the encoder has read
+    // the three frames and waits for more when the interrupt comes.
+    const std::string script = "cd " + d.string() + " && mkfifo in.fifo && exec 3<>in.fifo && cat in.y4m >&3 && (" +
+                               std::string(VANTARO_CLI_PATH) + " encode in.fifo -o out.avi --quiet & p=$!; n=0; " +
+                               "until ls | grep -q part-; do sleep 0.05; n=$((n+1)); [ $n -gt 600 ] && break; done; " +
+                               "ls > seen.txt; kill -INT $p; wait $p; echo $? > code.txt)";
+    ASSERT_EQ(std::system(("sh -c '" + script + "'").c_str()), 0);
+    const auto seen = ReadFile(d / "seen.txt");
+    EXPECT_NE(std::string(seen.begin(), seen.end()).find("out.avi.part-"), std::string::npos);
+    const auto code = ReadFile(d / "code.txt");
+    EXPECT_EQ(std::string(code.begin(), code.end()), "130\n");  // killed by SIGINT, as a shell reports it
+    for (const auto& e : fs::directory_iterator(d)) EXPECT_EQ(e.path().filename().string().find("out.avi"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace vantaro::tool
 #endif

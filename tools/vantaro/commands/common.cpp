@@ -1,6 +1,7 @@
 #include "commands/common.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
@@ -137,6 +138,13 @@ void Progress::finish(const std::string& verb, uint64_t pixels) {
     const double bpp = frames_ && pixels ? 8.0 * double(bytes_) / double(frames_ * pixels) : 0.0;
     std::fprintf(stderr, "%s %llu frames, %llu bytes, %.2f bits/pixel, %.1f fps\n", verb.c_str(),
                  (unsigned long long)frames_, (unsigned long long)bytes_, bpp, run > 0 ? frames_ / run : 0.0);
+}
+
+bool ends_with_nocase(const std::string& s, const std::string& tail) {
+    if (s.size() < tail.size()) return false;
+    for (size_t i = 0; i < tail.size(); ++i)
+        if (std::tolower(uint8_t(s[s.size() - tail.size() + i])) != tail[i]) return false;
+    return true;
 }
 
 std::string status_text(vantaro_status s) { return vantaro_status_string(s); }

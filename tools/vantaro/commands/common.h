@@ -62,4 +62,7 @@ private:
 
 std::string status_text(vantaro_status s);
 
+// `tail` in lower case: ".png" matches "shot.PNG".
+bool ends_with_nocase(const std::string& s, const std::string& tail);
+
 }  // namespace vantaro::tool

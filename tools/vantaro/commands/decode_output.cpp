@@ -1,7 +1,6 @@
 #include "commands/decode_output.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "io/number_pattern.h"
 #include "output/png_writer.h"
@@ -23,13 +22,6 @@ const OutFormat kFormats[] = {
     {"yuva422p", VANTARO_FORMAT_YUVA422P, false, Chroma::k422, Packing::kNone},
 };
 constexpr size_t kYuva444 = 3, kRgb24 = 5, kRgba = 6;
-
-bool ends_with_nocase(const std::string& s, const std::string& tail) {
-    if (s.size() < tail.size()) return false;
-    for (size_t i = 0; i < tail.size(); ++i)
-        if (std::tolower(uint8_t(s[s.size() - tail.size() + i])) != tail[i]) return false;
-    return true;
-}
 
 // Planar (tightly packed, as vantaro_picture_fill lays it out) to packed.
 void pack(Packing p, const std::vector<uint8_t>& planar, int32_t w, int32_t h, std::vector<uint8_t>& out) {

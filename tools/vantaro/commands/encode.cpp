@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 #include "avi/avi.h"
@@ -37,15 +38,18 @@ vantaro_format planar(Chroma c) {
     return VANTARO_FORMAT_YUV420P;
 }
 
-// PNG by its signature, or by a number field in the name; standard input
-// is peeked at without taking the byte.
+// PNG by a number field or the name's ending, else by the signature of a
+// plain file; standard input is peeked at without taking the byte, and pipes
+// (<(command), FIFOs) are never read ahead: they are YUV4MPEG2.
 bool png_input(const std::string& name) {
     static const uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
     if (name == "-") {
         const int c = std::fgetc(stdin);
         return c != EOF && std::ungetc(c, stdin) == kSignature[0];
     }
-    if (NumberPattern::is_pattern(name)) return true;
+    if (NumberPattern::is_pattern(name) || ends_with_nocase(name, ".png")) return true;
+    std::error_code ec;
+    if (ends_with_nocase(name, ".y4m") || !std::filesystem::is_regular_file(name, ec)) return false;
     uint8_t head[8] = {};
     File f = File::open_read(name);
     return f.read_some(head, 8) == 8 && std::equal(head, head + 8, kSignature);
