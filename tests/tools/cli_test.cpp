@@ -111,7 +111,7 @@ TEST(Cli, Y4mThroughAviMatchesTheLibraryAtEveryThreadCount) {
         SCOPED_TRACE(c.header);
         WriteY4m(d / "in.y4m", c.header, 5);
         ASSERT_EQ(Vantaro("encode " + (d / "in.y4m").string() + " -o " + (d / "a.avi").string() + " --threads 1 --quiet").code, 0);
-        ASSERT_EQ(Vantaro("encode - -o " + (d / "b.avi").string() + " --threads 3 --quiet < " + (d / "in.y4m").string()).code, 0);
+        ASSERT_EQ(Vantaro("encode - -o " + (d / "b.avi").string() + " --threads=3 --quiet < " + (d / "in.y4m").string()).code, 0);
         EXPECT_EQ(ReadFile(d / "a.avi"), ReadFile(d / "b.avi"));
         AviReader avi((d / "a.avi").string());
         EXPECT_EQ(avi.video().fourcc, fourcc_upper(uint32_t(c.fourcc[0]) | uint32_t(c.fourcc[1]) << 8 | uint32_t(c.fourcc[2]) << 16 | uint32_t(c.fourcc[3]) << 24));

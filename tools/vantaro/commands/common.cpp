@@ -74,7 +74,11 @@ Args parse_args(int argc, char** argv, const std::vector<std::string>& flags,
     };
     for (int i = 0; i < argc; ++i) {
         std::string s = argv[i];
-        if (s.size() > 1 && s[0] == '-') {
+        const size_t equals = s.find('=');
+        if (s.size() > 2 && s[0] == '-' && s[1] == '-' && equals != std::string::npos &&
+            listed(valued, s.substr(0, equals))) {
+            a.options.emplace_back(s.substr(0, equals), s.substr(equals + 1));  // --quality=90
+        } else if (s.size() > 1 && s[0] == '-') {
             if (listed(flags, s)) {
                 a.options.emplace_back(s, "");
             } else if (listed(valued, s)) {

@@ -35,7 +35,8 @@ struct Args {
     std::string value(const std::string& name, const std::string& fallback = "") const;
     int32_t number(const std::string& name, int32_t fallback, int32_t low, int32_t high) const;
 };
-// `flags` take no value; every other --option takes the next argument.
+// `flags` take no value; every other --option takes the next argument, or
+// the text after "=" (--quality=90).
 Args parse_args(int argc, char** argv, const std::vector<std::string>& flags,
                 const std::vector<std::string>& valued);
 
