@@ -82,6 +82,8 @@ int decode_command(int argc, char** argv) {
     // Each worker holds one frame, coded and decoded: memory stays at
     // `threads` frames whatever the length.
     std::vector<std::vector<uint8_t>> coded(threads), pictures(threads, std::vector<uint8_t>(picture_bytes));
+    std::vector<std::vector<uint8_t>> scratch(threads);
+    std::vector<const std::vector<uint8_t>*> prepared(threads);
     std::vector<std::string> problems(threads);
     size_t damaged = 0;
     run_pipeline(
@@ -106,6 +108,7 @@ int decode_command(int argc, char** argv) {
                 std::memset(pictures[slot].data(), 128, pictures[slot].size());
                 problems[slot] = status_text(s) + "; written as grey";
             }
+            prepared[slot] = &sink->prepare(pictures[slot], scratch[slot]);
         },
         [&](size_t slot, uint64_t i) {
             if (!problems[slot].empty()) {
@@ -113,7 +116,7 @@ int decode_command(int argc, char** argv) {
                 std::fprintf(stderr, "vantaro: %s: frame %llu: %s\n", input.c_str(),
                              (unsigned long long)(first + i), problems[slot].c_str());
             }
-            sink->write(first + i, pictures[slot]);
+            sink->write(first + i, *prepared[slot]);
             progress.frame_done(coded[slot].size());
         });
     sink->commit();

@@ -42,10 +42,8 @@ void pack(Packing p, const std::vector<uint8_t>& planar, int32_t w, int32_t h, s
     }
     const size_t step = p == Packing::kRgba ? 4 : 3;
     out.resize(n * step);
-    for (size_t i = 0; i < n; ++i) {
-        yuv_to_rgb(planar[i], planar[n + i], planar[2 * n + i], &out[i * step]);
-        if (step == 4) out[i * 4 + 3] = planar[3 * n + i];
-    }
+    const uint8_t* Y = planar.data();
+    yuv_to_rgb_run(Y, Y + n, Y + 2 * n, step == 4 ? Y + 3 * n : nullptr, n, step, out.data());
 }
 
 // One file: YUV4MPEG2, or raw frames back to back.
@@ -59,15 +57,15 @@ public:
             y4m_ = std::make_unique<Y4mWriter>(out_.file(), f);
         }
     }
-    void write(uint64_t, const std::vector<uint8_t>& planar) override {
-        if (y4m_) {
-            y4m_->write(planar.data());
-        } else if (fmt_.packing != Packing::kNone) {
-            pack(fmt_.packing, planar, picture_.width, picture_.height, packed_);
-            out_.file().write(packed_.data(), packed_.size());
-        } else {
-            out_.file().write(planar.data(), planar.size());
-        }
+    const std::vector<uint8_t>& prepare(const std::vector<uint8_t>& planar,
+                                        std::vector<uint8_t>& scratch) const override {
+        if (fmt_.packing == Packing::kNone) return planar;
+        pack(fmt_.packing, planar, picture_.width, picture_.height, scratch);
+        return scratch;
+    }
+    void write(uint64_t, const std::vector<uint8_t>& prepared) override {
+        if (y4m_) y4m_->write(prepared.data());
+        else out_.file().write(prepared.data(), prepared.size());
     }
     void commit() override { out_.commit(); }
 
@@ -76,10 +74,10 @@ private:
     const OutFormat& fmt_;
     Y4mFormat picture_;
     std::unique_ptr<Y4mWriter> y4m_;
-    std::vector<uint8_t> packed_;
 };
 
-// PNG pictures, each complete under its name before the next begins.
+// PNG pictures, each complete under its name before the next begins; the
+// compression happens in prepare(), side by side.
 class PngSink : public FrameSink {
 public:
     PngSink(const std::string& output, const OutFormat& fmt, const Y4mFormat& picture, uint64_t frames)
@@ -92,10 +90,16 @@ public:
                             "frame_%04d.png");
         }
     }
-    void write(uint64_t index, const std::vector<uint8_t>& planar) override {
-        pack(fmt_.packing, planar, picture_.width, picture_.height, packed_);
+    const std::vector<uint8_t>& prepare(const std::vector<uint8_t>& planar,
+                                        std::vector<uint8_t>& scratch) const override {
+        std::vector<uint8_t> rgb;
+        pack(fmt_.packing, planar, picture_.width, picture_.height, rgb);
+        scratch = encode_png(rgb.data(), picture_.width, picture_.height, fmt_.packing == Packing::kRgba ? 4 : 3);
+        return scratch;
+    }
+    void write(uint64_t index, const std::vector<uint8_t>& prepared) override {
         OutputFile out(pattern_ ? pattern_->name(index) : output_);
-        write_png(out.file(), packed_.data(), picture_.width, picture_.height, fmt_.packing == Packing::kRgba ? 4 : 3);
+        out.file().write(prepared.data(), prepared.size());
         out.commit();
     }
     void commit() override {}
@@ -105,7 +109,6 @@ private:
     const OutFormat& fmt_;
     Y4mFormat picture_;
     std::unique_ptr<NumberPattern> pattern_;
-    std::vector<uint8_t> packed_;
 };
 
 }  // namespace

@@ -34,9 +34,13 @@ const OutFormat& pick_format(const std::string& asked, const Variant& v, Contain
 class FrameSink {
 public:
     virtual ~FrameSink() = default;
-    // `planar` is laid out as vantaro_picture_fill lays out the format;
-    // `index` is the frame's number in the stream.
-    virtual void write(uint64_t index, const std::vector<uint8_t>& planar) = 0;
+    // Turns one decoded frame (`planar`, laid out as vantaro_picture_fill lays
+    // out the format) into the bytes write() takes: `planar` itself, or
+    // `scratch` filled. Called from several threads at once.
+    virtual const std::vector<uint8_t>& prepare(const std::vector<uint8_t>& planar,
+                                                std::vector<uint8_t>& scratch) const = 0;
+    // Frames in order; `index` is the frame's number in the stream.
+    virtual void write(uint64_t index, const std::vector<uint8_t>& prepared) = 0;
     // Puts the output in place under its name; without it nothing appears.
     virtual void commit() = 0;
 };
