@@ -56,11 +56,14 @@ bool png_input(const std::string& name) {
 }
 
 // Frames in planar Y'CbCr from either kind of input; `total` is 0 when the
-// count is unknown (a pipe), an estimate for a Y4M file.
+// count is unknown (a pipe), an estimate for a Y4M file. read(frame, i) runs
+// in order and takes what must come in order (Y4M bytes); prepare(frame, i)
+// runs side by side and does the rest (PNG decoding and colour conversion).
 struct Source {
     Y4mFormat format;
     uint64_t total = 0;
-    std::function<bool(std::vector<uint8_t>&)> read;
+    std::function<bool(std::vector<uint8_t>&, uint64_t)> read;
+    std::function<void(std::vector<uint8_t>&, uint64_t)> prepare;
     std::unique_ptr<PngSequence> png;
     std::unique_ptr<File> file;
     std::unique_ptr<Y4mReader> y4m;
@@ -71,7 +74,8 @@ void open_source(const std::string& input, Source& s) {
         s.png = std::make_unique<PngSequence>(input);
         s.format = s.png->format();
         s.total = s.png->count();
-        s.read = [p = s.png.get()](std::vector<uint8_t>& f) { return p->read(f); };
+        s.read = [n = s.total](std::vector<uint8_t>&, uint64_t i) { return i < n; };
+        s.prepare = [p = s.png.get()](std::vector<uint8_t>& f, uint64_t i) { p->load(i, f); };
         return;
     }
     s.file = std::make_unique<File>(File::open_read(input));
@@ -79,7 +83,8 @@ void open_source(const std::string& input, Source& s) {
     s.format = s.y4m->format();
     const uint64_t size = s.file->size(), at = s.file->tell();
     if (size > at) s.total = (size - at) / (s.format.frame_bytes() + 6);  // "FRAME\n" and the samples
-    s.read = [r = s.y4m.get()](std::vector<uint8_t>& f) { return r->read(f); };
+    s.read = [r = s.y4m.get()](std::vector<uint8_t>& f, uint64_t) { return r->read(f); };
+    s.prepare = [](std::vector<uint8_t>&, uint64_t) {};
 }
 
 // --rate 30000:1001 or --rate 25
@@ -159,8 +164,9 @@ int encode_command(int argc, char** argv) {
     std::vector<vantaro_status> statuses(threads);
     uint64_t index = 0;
     run_pipeline(
-        threads, [&](size_t slot, uint64_t) { return src.read(frames[slot]); },
-        [&](size_t slot, uint64_t) {
+        threads, [&](size_t slot, uint64_t i) { return src.read(frames[slot], i); },
+        [&](size_t slot, uint64_t i) {
+            src.prepare(frames[slot], i);
             vantaro_picture pic;
             statuses[slot] = vantaro_picture_fill(&pic, planar(f.chroma), f.width, f.height, frames[slot].data(),
                                                   frames[slot].size());

@@ -94,16 +94,14 @@ std::string PngSequence::path(uint64_t i) const { return sequence_ ? pattern_.na
 
 bool PngSequence::read(std::vector<uint8_t>& frame) {
     if (next_ >= count_) return false;
-    const std::string name = path(next_);
-    if (!head_used_) {
-        convert(head_, name, frame);
-        head_used_ = true;
-        head_ = PngPicture();
-    } else {
-        convert(read_png(name), name, frame);
-    }
-    ++next_;
+    load(next_++, frame);
     return true;
+}
+
+void PngSequence::load(uint64_t i, std::vector<uint8_t>& frame) const {
+    const std::string name = path(i);
+    if (i == 0) convert(head_, name, frame);
+    else convert(read_png(name), name, frame);
 }
 
 void PngSequence::convert(const PngPicture& p, const std::string& name, std::vector<uint8_t>& frame) const {

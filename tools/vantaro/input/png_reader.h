@@ -37,6 +37,8 @@ public:
     // The next picture as planar Y, Cb, Cr (then alpha) samples, laid out as
     // format().frame_bytes() counts them; false after the last.
     bool read(std::vector<uint8_t>& frame);
+    // Picture i < count() as read() gives it; safe from several threads.
+    void load(uint64_t i, std::vector<uint8_t>& frame) const;
 
 private:
     std::string path(uint64_t i) const;
@@ -47,7 +49,6 @@ private:
     NumberPattern pattern_{"%d"};
     uint64_t first_ = 0, count_ = 0, next_ = 0;
     PngPicture head_;  // the first picture, read once for the format
-    bool head_used_ = false;
     Y4mFormat format_;
 };
 
