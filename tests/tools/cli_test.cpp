@@ -225,6 +225,8 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
     };
     ASSERT_TRUE(testing::MakePng((d / "mixed_0.png").string(), testing::Pattern(PNG_COLOR_TYPE_RGB, 8, 6, 0)));
     ASSERT_TRUE(testing::MakePng((d / "mixed_1.png").string(), testing::Pattern(PNG_COLOR_TYPE_RGB, 9, 6, 1)));
+    ASSERT_TRUE(testing::MakePng((d / "alpha_0.png").string(), testing::Pattern(PNG_COLOR_TYPE_RGB, 8, 6, 0)));
+    ASSERT_TRUE(testing::MakePng((d / "alpha_1.png").string(), testing::Pattern(PNG_COLOR_TYPE_RGBA, 8, 6, 1)));
     const auto png = ReadFile(d / "mixed_0.png");
     {
         std::ofstream cut(d / "cut.png", std::ios::binary);
@@ -241,6 +243,7 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
         {"decode " + (d / "missing.avi").string() + " -o " + o, o, 1, "cannot open"},
         {"decode " + (d / "bad.y4m").string() + " -o " + o, o, 1, "not an AVI file"},
         {"encode " + (d / "mixed_%d.png").string() + " -o " + oa, oa, 1, "every picture must have one size"},
+        {"encode " + (d / "alpha_%d.png").string() + " -o " + oa, oa, 1, "alpha_1.png: has alpha, but the sequence's first"},
         {"encode " + (d / "none_%d.png").string() + " -o " + oa, oa, 1, "no picture numbered 0 or 1"},
         {"encode " + (d / "cut.png").string() + " -o " + oa, oa, 1, "cut.png: damaged PNG"},
         {"encode " + (d / "ok.y4m").string() + " -o -", "", 2, "AVI output must be a file"},

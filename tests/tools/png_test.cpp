@@ -128,54 +128,18 @@ TEST(PngReader, EveryFlavourBecomesEightBitGreyOrRgbWithAlphaWhenPresent) {
     }
 }
 
-TEST(PngSequence, StartsAtZeroOrOneStopsAtAGapAndHoldsOneShape) {
+TEST(PngSequence, StartsAtZeroOrOneAndStopsAtAGap) {
     const fs::path d = Dir();
-    auto make = [&](const std::string& name, int type, int w) {
-        ASSERT_TRUE(MakePng((d / name).string(), testing::Pattern(type, w, 5, 1)));
-    };
-    const std::string from1 = (d / "a_%02d.png").string(), from0 = (d / "b%d.png").string();
-    for (const char* n : {"a_01.png", "a_02.png", "a_03.png", "a_05.png"}) make(n, PNG_COLOR_TYPE_RGB, 7);
-    for (const char* n : {"b0.png", "b1.png"}) make(n, PNG_COLOR_TYPE_GRAY_ALPHA, 7);
-    make("c0.png", PNG_COLOR_TYPE_RGB, 7);
-    make("c1.png", PNG_COLOR_TYPE_RGB, 9);
-    make("d0.png", PNG_COLOR_TYPE_GRAY, 7);
-    make("d1.png", PNG_COLOR_TYPE_RGB_ALPHA, 7);
-
-    PngSequence a(from1);
-    EXPECT_EQ(a.count(), 3u);
-    EXPECT_EQ(a.format().chroma, Chroma::k444);
-    std::vector<uint8_t> frame;
-    for (int i = 0; i < 3; ++i) ASSERT_TRUE(a.read(frame));
-    EXPECT_EQ(frame.size(), 3u * 7 * 5);
-    EXPECT_FALSE(a.read(frame));
-
-    PngSequence b(from0);
-    EXPECT_EQ(b.count(), 2u);
-    EXPECT_EQ(b.format().chroma, Chroma::k444Alpha);
-    ASSERT_TRUE(b.read(frame));
-    // Grey and alpha: flat chroma, alpha carried over untouched.
-    const PngPicture first = read_png((d / "b0.png").string());
-    for (size_t i = 0; i < 35; ++i) {
-        ASSERT_EQ(frame[35 + i], 128);
-        ASSERT_EQ(frame[105 + i], first.pixels[2 * i + 1]);
-    }
-
-    const struct {
-        std::string name, message;
-    } refusals[] = {
-        {(d / "c%d.png").string(), "every picture must have one size"},
-        {(d / "d%d.png").string(), "has alpha, but the sequence's first picture has none"},
-        {(d / "none_%d.png").string(), "no picture numbered 0 or 1"},
-    };
-    for (const auto& r : refusals) {
-        try {
-            PngSequence s(r.name);
-            while (s.read(frame)) {
-            }
-            ADD_FAILURE() << r.name << " was accepted";
-        } catch (const UserError& e) {
-            EXPECT_NE(std::string(e.what()).find(r.message), std::string::npos) << e.what();
-        }
+    for (const char* n : {"a_01.png", "a_02.png", "a_03.png", "a_05.png", "b0.png", "b1.png"})
+        ASSERT_TRUE(MakePng((d / n).string(), testing::Pattern(PNG_COLOR_TYPE_GRAY_ALPHA, 7, 5, 1)));
+    for (const auto& [pattern, count] : {std::pair{"a_%02d.png", 3u}, std::pair{"b%d.png", 2u}}) {
+        PngSequence s((d / pattern).string());
+        EXPECT_EQ(s.count(), count) << pattern;
+        EXPECT_EQ(s.format().chroma, Chroma::k444Alpha);
+        std::vector<uint8_t> frame;
+        for (unsigned i = 0; i < count; ++i) ASSERT_TRUE(s.read(frame));
+        EXPECT_EQ(frame.size(), 4u * 7 * 5);
+        EXPECT_FALSE(s.read(frame));
     }
 }
 
