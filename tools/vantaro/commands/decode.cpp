@@ -33,10 +33,54 @@ void parse_range(const std::string& text, size_t count, size_t& first, size_t& l
 
 struct Decoders {
     std::vector<vantaro_decoder*> handles;
+    Decoders(const Variant& variant, int32_t w, int32_t h, size_t count, const std::string& input)
+        : handles(count, nullptr) {
+        vantaro_options options;
+        vantaro_options_default(&options);
+        for (auto*& handle : handles) {
+            const vantaro_status s = vantaro_decoder_create(variant.fourcc, w, h, &options, &handle);
+            if (s != VANTARO_OK) throw UserError(input + ": cannot decode: " + status_text(s));
+        }
+    }
     ~Decoders() {
         for (auto* h : handles) vantaro_decoder_destroy(h);
     }
 };
+
+Y4mFormat picture_of(const AviVideo& v) {
+    Y4mFormat picture;
+    picture.width = v.display_width;
+    picture.height = v.display_height;
+    picture.rate = v.rate ? v.rate : 25;
+    picture.scale = v.scale ? v.scale : 1;
+    picture.interlaced = v.interlaced;
+    picture.top_field_first = v.top_field_first;
+    return picture;
+}
+
+// One worker's frame: coded, decoded, made ready for the sink; `problem` is
+// what to report about it (empty: nothing).
+struct Slot {
+    std::vector<uint8_t> coded, picture, scratch;
+    const std::vector<uint8_t>* prepared = nullptr;
+    std::string problem;
+};
+
+void decode_slot(vantaro_decoder* dec, const OutFormat& fmt, const Y4mFormat& f, const FrameSink& sink, Slot& s) {
+    vantaro_picture pic;
+    vantaro_picture_fill(&pic, fmt.format, f.width, f.height, s.picture.data(), s.picture.size());
+    vantaro_decode_report report{};
+    const vantaro_status st =
+        s.problem.empty() ? vantaro_decode(dec, s.coded.data(), s.coded.size(), &pic, &report) : VANTARO_ERROR_TRUNCATED;
+    if (st == VANTARO_ERROR_DAMAGED) {
+        s.problem = std::to_string(report.damaged_count) + " of 8 slices damaged; the rest decoded";
+    } else if (st != VANTARO_OK) {
+        // Nothing usable: a mid-grey frame keeps the timing.
+        std::memset(s.picture.data(), 128, s.picture.size());
+        s.problem = status_text(st) + "; written as grey";
+    }
+    s.prepared = &sink.prepare(s.picture, s.scratch);
+}
 
 }  // namespace
 
@@ -57,70 +101,40 @@ int decode_command(int argc, char** argv) {
     if (reader.frames().empty()) throw UserError(input + ": holds no frames");
     parse_range(a.value("--frames"), reader.frames().size(), first, last);
 
-    const int32_t w = v.display_width, h = v.display_height;
-    const size_t picture_bytes = vantaro_picture_size(fmt.format, w, h);
-    if (!picture_bytes) throw UserError(input + ": " + std::to_string(w) + "x" + std::to_string(h) + " is not a size Vantaro decodes");
-    Decoders dec;
-    dec.handles.assign(threads, nullptr);
-    vantaro_options options;
-    vantaro_options_default(&options);
-    for (auto*& handle : dec.handles) {
-        const vantaro_status s = vantaro_decoder_create(variant->fourcc, w, h, &options, &handle);
-        if (s != VANTARO_OK) throw UserError(input + ": cannot decode: " + status_text(s));
-    }
-
-    Y4mFormat picture;
-    picture.width = w;
-    picture.height = h;
-    picture.rate = v.rate ? v.rate : 25;
-    picture.scale = v.scale ? v.scale : 1;
-    picture.interlaced = v.interlaced;
-    picture.top_field_first = v.top_field_first;
+    const Y4mFormat picture = picture_of(v);
+    const size_t picture_bytes = vantaro_picture_size(fmt.format, picture.width, picture.height);
+    if (!picture_bytes)
+        throw UserError(input + ": " + std::to_string(picture.width) + "x" + std::to_string(picture.height) +
+                        " is not a size Vantaro decodes");
+    Decoders dec(*variant, picture.width, picture.height, threads, input);
     const std::unique_ptr<FrameSink> sink = make_sink(output, container, fmt, picture, last - first + 1);
 
     Progress progress(a.flag("--quiet"), last - first + 1);
     // Each worker holds one frame, coded and decoded: memory stays at
     // `threads` frames whatever the length.
-    std::vector<std::vector<uint8_t>> coded(threads), pictures(threads, std::vector<uint8_t>(picture_bytes));
-    std::vector<std::vector<uint8_t>> scratch(threads);
-    std::vector<const std::vector<uint8_t>*> prepared(threads);
-    std::vector<std::string> problems(threads);
+    std::vector<Slot> slots(threads);
+    for (Slot& s : slots) s.picture.resize(picture_bytes);
     size_t damaged = 0;
     run_pipeline(
         threads,
         [&](size_t slot, uint64_t i) {
             if (first + i > last) return false;
-            problems[slot].clear();
-            if (!reader.read_frame(first + i, coded[slot])) problems[slot] = "cut short";
+            slots[slot].problem = reader.read_frame(first + i, slots[slot].coded) ? "" : "cut short";
             return true;
         },
-        [&](size_t slot, uint64_t) {
-            vantaro_picture pic;
-            vantaro_picture_fill(&pic, fmt.format, w, h, pictures[slot].data(), pictures[slot].size());
-            vantaro_decode_report report{};
-            const vantaro_status s = problems[slot].empty()
-                ? vantaro_decode(dec.handles[slot], coded[slot].data(), coded[slot].size(), &pic, &report)
-                : VANTARO_ERROR_TRUNCATED;
-            if (s == VANTARO_ERROR_DAMAGED) {
-                problems[slot] = std::to_string(report.damaged_count) + " of 8 slices damaged; the rest decoded";
-            } else if (s != VANTARO_OK) {
-                // Nothing usable: a mid-grey frame keeps the timing.
-                std::memset(pictures[slot].data(), 128, pictures[slot].size());
-                problems[slot] = status_text(s) + "; written as grey";
-            }
-            prepared[slot] = &sink->prepare(pictures[slot], scratch[slot]);
-        },
+        [&](size_t slot, uint64_t) { decode_slot(dec.handles[slot], fmt, picture, *sink, slots[slot]); },
         [&](size_t slot, uint64_t i) {
-            if (!problems[slot].empty()) {
+            const Slot& s = slots[slot];
+            if (!s.problem.empty()) {
                 ++damaged;
-                std::fprintf(stderr, "vantaro: %s: frame %llu: %s\n", input.c_str(),
-                             (unsigned long long)(first + i), problems[slot].c_str());
+                std::fprintf(stderr, "vantaro: %s: frame %llu: %s\n", input.c_str(), (unsigned long long)(first + i),
+                             s.problem.c_str());
             }
-            sink->write(first + i, *prepared[slot]);
-            progress.frame_done(coded[slot].size());
+            sink->write(first + i, *s.prepared);
+            progress.frame_done(s.coded.size());
         });
     sink->commit();
-    progress.finish("decoded", uint64_t(w) * uint64_t(h));
+    progress.finish("decoded", uint64_t(picture.width) * uint64_t(picture.height));
     if (reader.truncated()) std::fprintf(stderr, "vantaro: %s: the file is cut short; decoded the frames it holds\n", input.c_str());
     return damaged || reader.truncated() ? 3 : 0;
 }

@@ -117,8 +117,19 @@ AviVideo avi_video(const Y4mFormat& f, const Variant& variant, const std::string
     return video;
 }
 
+// One encoder a worker; frames run side by side, not slices within one.
 struct Encoders {
     std::vector<vantaro_encoder*> handles;
+    Encoders(const Variant& variant, const Y4mFormat& f, int32_t quality, size_t count, const std::string& input)
+        : handles(count, nullptr) {
+        vantaro_options options;
+        vantaro_options_default(&options);
+        options.threads = 1;
+        for (auto*& h : handles) {
+            const vantaro_status s = vantaro_encoder_create(variant.fourcc, f.width, f.height, quality, &options, &h);
+            if (s != VANTARO_OK) throw UserError(input + ": cannot encode as " + variant.name + ": " + status_text(s));
+        }
+    }
     ~Encoders() {
         for (auto* h : handles) vantaro_encoder_destroy(h);
     }
@@ -144,15 +155,7 @@ int encode_command(int argc, char** argv) {
     const Variant& variant = *find_variant(code);
     const AviVideo video = avi_video(f, variant, input);
 
-    Encoders enc;
-    vantaro_options options;
-    vantaro_options_default(&options);
-    options.threads = 1;  // parallel across frames, not within one
-    enc.handles.assign(threads, nullptr);
-    for (auto*& h : enc.handles) {
-        const vantaro_status s = vantaro_encoder_create(code, f.width, f.height, quality, &options, &h);
-        if (s != VANTARO_OK) throw UserError(input + ": cannot encode as " + variant.name + ": " + status_text(s));
-    }
+    Encoders enc(variant, f, quality, threads, input);
 
     OutputFile out(a.value("-o"));
     AviWriter writer(out.file(), video);
