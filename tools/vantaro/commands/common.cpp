@@ -128,10 +128,13 @@ void Progress::frame_done(uint64_t bytes) {
     last_ = now;
     shown_ = true;
     const double fps = frames_ / run;
+    // A Y4M file's total is an estimate (FRAME lines may carry parameters):
+    // past it, the count goes on alone.
+    const bool known = total_ >= frames_;
     std::fprintf(stderr, "\r%llu", (unsigned long long)frames_);
-    if (total_) std::fprintf(stderr, "/%llu", (unsigned long long)total_);
+    if (known && total_) std::fprintf(stderr, "/%llu", (unsigned long long)total_);
     std::fprintf(stderr, " frames, %.1f fps", fps);
-    if (total_ && fps > 0) std::fprintf(stderr, ", ETA %.0f s", (total_ - frames_) / fps);
+    if (known && total_ && fps > 0) std::fprintf(stderr, ", ETA %.0f s", double(total_ - frames_) / fps);
     std::fprintf(stderr, "   ");
 }
 

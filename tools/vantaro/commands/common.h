@@ -46,7 +46,8 @@ int32_t default_threads();
 // slot < threads naming the worker's own handles.
 void run_batch(int32_t threads, size_t count, const std::function<void(size_t, size_t)>& work);
 
-// Progress on a terminal once a job has run a second, then a summary line.
+// Progress on a terminal once a job has run a second, then a summary line;
+// `total_frames` is 0 when unknown, and may be an estimate.
 class Progress {
 public:
     Progress(bool quiet, uint64_t total_frames);
