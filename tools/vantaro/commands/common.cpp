@@ -95,8 +95,9 @@ Args parse_args(int argc, char** argv, const std::vector<std::string>& flags,
 }
 
 int32_t default_threads() {
+    // The cores, within what --threads accepts: each worker holds a frame.
     const unsigned n = std::thread::hardware_concurrency();
-    return n ? int32_t(n) : 1;
+    return n ? int32_t(std::min(n, 64u)) : 1;
 }
 
 void run_batch(int32_t threads, size_t count, const std::function<void(size_t, size_t)>& work) {
