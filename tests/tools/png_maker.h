@@ -10,7 +10,7 @@
 
 namespace vantaro::tool::testing {
 
-struct PngSpec {
+struct PngPlan {
     int width, height;
     int color_type;                   // PNG_COLOR_TYPE_*
     int depth;                        // 1..16
@@ -20,7 +20,7 @@ struct PngSpec {
     int trns_grey = -1;               // a grey value shown transparent
 };
 
-inline int SpecChannels(int color_type) {
+inline int PlanChannels(int color_type) {
     switch (color_type) {
         case PNG_COLOR_TYPE_GRAY_ALPHA: return 2;
         case PNG_COLOR_TYPE_RGB: return 3;
@@ -30,12 +30,12 @@ inline int SpecChannels(int color_type) {
 }
 
 // False if libpng refused; the file is then incomplete.
-inline bool MakePng(const std::string& path, const PngSpec& s) {
+inline bool MakePng(const std::string& path, const PngPlan& s) {
     std::FILE* f = std::fopen(path.c_str(), "wb");
     if (!f) return false;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
-    const size_t per_row = size_t(s.width) * size_t(SpecChannels(s.color_type));
+    const size_t per_row = size_t(s.width) * size_t(PlanChannels(s.color_type));
     std::vector<png_byte> row(per_row * 2);
     if (setjmp(png_jmpbuf(png))) {
         png_destroy_write_struct(&png, &info);
@@ -70,9 +70,9 @@ inline bool MakePng(const std::string& path, const PngSpec& s) {
 }
 
 // An odd-sized picture whose samples vary with position and `seed`.
-inline PngSpec Pattern(int color_type, int width, int height, int seed) {
-    PngSpec s{width, height, color_type, 8, {}, {}, {}, -1};
-    const int ch = SpecChannels(color_type);
+inline PngPlan Pattern(int color_type, int width, int height, int seed) {
+    PngPlan s{width, height, color_type, 8, {}, {}, {}, -1};
+    const int ch = PlanChannels(color_type);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             for (int c = 0; c < ch; ++c) s.samples.push_back(uint16_t((x * (7 + c) + y * (3 + 2 * c) + seed * 29) & 255));

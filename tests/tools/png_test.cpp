@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::MakePng;
-using testing::PngSpec;
+using testing::PngPlan;
 
 fs::path Dir() {
     const fs::path d = fs::temp_directory_path() / "vantaro_png_test" /
@@ -99,7 +99,7 @@ TEST(PngReader, EveryFlavourBecomesEightBitGreyOrRgbWithAlphaWhenPresent) {
     const png_color pal[2] = {{10, 20, 30}, {200, 100, 50}};
     const struct Case {
         const char* what;
-        PngSpec spec;
+        PngPlan plan;
         int channels;
         std::vector<uint8_t> pixels;  // 3x1
     } cases[] = {
@@ -119,7 +119,7 @@ TEST(PngReader, EveryFlavourBecomesEightBitGreyOrRgbWithAlphaWhenPresent) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         const std::string path = (d / "p.png").string();
-        ASSERT_TRUE(MakePng(path, c.spec));
+        ASSERT_TRUE(MakePng(path, c.plan));
         const PngPicture p = read_png(path);
         EXPECT_EQ(p.width, 3);
         EXPECT_EQ(p.height, 1);
