@@ -70,7 +70,18 @@ typedef enum vantaro_status {
     VANTARO_ERROR_DAMAGED = 11,          /* some slices could not be decoded whole; every
                                             other slice was; the report says which */
     VANTARO_ERROR_OUT_OF_MEMORY = 12,
-    VANTARO_ERROR_INTERNAL = 13
+    VANTARO_ERROR_INTERNAL = 13,
+    VANTARO_ERROR_BAD_STRIDE = 14,       /* a stride shorter than its plane's line, or
+                                            (NV*, YA*, UYVA) planes placed otherwise than
+                                            the layout's walks find them */
+    VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS = 15, /* a packed or semi-planar layout at a width
+                                            that is not a multiple of 16 or an odd height:
+                                            its walks move in whole macroblocks */
+    VANTARO_ERROR_ALPHA_MISMATCH = 16,   /* a packed layout with alpha into a variant
+                                            without, or the reverse */
+    VANTARO_ERROR_CANNOT_FEED = 17       /* a semi-planar layout (NV*, YA*) given to the
+                                            encoder: its loaders repeat two lines down each
+                                            macroblock and skip every other 16 columns */
 } vantaro_status;
 
 /* A short English description of a status, never null. Static storage. */

@@ -1,7 +1,7 @@
 // The native encoder and decoder handles over the one codec instance and
-// field drivers the direct functions use. Each handle owns a staging picture
-// of the coded size in its variant's staging layout, and the encoder a
-// stream buffer of the frame bound, both allocated once at create.
+// field drivers the direct functions use. The walks read and write the
+// caller's planes directly; the encoder owns a stream buffer of the frame
+// bound, allocated once at create.
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -17,13 +17,12 @@ using namespace vantaro::native;
 
 namespace vantaro::native {
 
-// What both handles hold: the instance at the coded size and its staging picture.
+// What both handles hold: the instance at the coded size.
 struct HandleState {
   CodecInstance* instance = nullptr;
   VariantFacts variant{};
   vantaro_options options{};
   int32_t width = 0, height = 0, codedWidth = 0, codedHeight = 0;
-  uint8_t* staging = nullptr;
 };
 
 }  // namespace vantaro::native
@@ -43,16 +42,45 @@ constexpr size_t kSpillBytes = 4;
 // slice lengths.
 constexpr size_t kFieldLimit = (size_t{1} << 24) - 1;
 
-// The instance for a variant at the coded size, fed through `staging`.
+// The instance for a variant at the coded size; the layout is set per call.
 CodecInstance* NewInstance(const VariantFacts& v, int32_t codedWidth, int32_t codedHeight) {
   CodecInstance* instance = CreateInstance();
   if (instance == nullptr) return nullptr;
   SetStreamFormat(instance, v.fourcc);
   instance->width = codedWidth;
   instance->height = codedHeight;
-  instance->colorSpace = v.staging;
   return instance;
 }
+
+// What the field drivers take for one field of a picture: a plane set's
+// PlaneField in place of `picture`, or the direct layouts' own pointers.
+template <class Byte>
+struct FieldSource {
+  PlaneField<Byte> planes[2];
+  Byte* picture[2];
+  Byte* chroma[2];
+  int32_t stride;  // the field's line distance
+
+  explicit FieldSource(const vantaro_picture& p) {
+    const FormatFacts f = FactsOf(p.format);
+    if (f.planeSet) {
+      for (int32_t field = 0; field < 2; ++field) {
+        planes[field] = FieldOf<Byte>(p, field);
+        picture[field] = reinterpret_cast<Byte*>(&planes[field]);
+        chroma[field] = nullptr;
+      }
+      stride = 0;
+      return;
+    }
+    const int32_t s = p.strides[0];
+    const bool second = IsPlanar(f.layout);
+    picture[0] = p.planes[0];
+    picture[1] = p.planes[0] + s;
+    chroma[0] = second ? p.planes[1] : nullptr;
+    chroma[1] = second ? p.planes[1] + SecondFieldOffset(LayoutOf(f.layout), s) : nullptr;
+    stride = 2 * s;
+  }
+};
 
 vantaro_status Prepare(HandleState* h, uint32_t fourcc, int32_t width, int32_t height,
                        const vantaro_options* options) {
@@ -63,26 +91,26 @@ vantaro_status Prepare(HandleState* h, uint32_t fourcc, int32_t width, int32_t h
   h->height = height;
   (void)vantaro_coded_size(width, height, &h->codedWidth, &h->codedHeight);
   h->instance = NewInstance(h->variant, h->codedWidth, h->codedHeight);
-  h->staging = static_cast<uint8_t*>(
-      AllocateAligned(StagingBytes(h->variant.staging, h->codedWidth, h->codedHeight)));
-  if (h->instance == nullptr || h->staging == nullptr) return VANTARO_ERROR_OUT_OF_MEMORY;
+  if (h->instance == nullptr) return VANTARO_ERROR_OUT_OF_MEMORY;
   return VANTARO_OK;
 }
 
 // Both fields into the handle's stream buffer, each held under the 24-bit
 // limit by the capacity its writer is given.
-vantaro_status EncodeFields(vantaro_encoder* e, size_t* length) {
+vantaro_status EncodeFields(vantaro_encoder* e, const vantaro_picture& picture, size_t* length) {
   CodecInstance* instance = e->instance;
-  const int32_t stride = StagingStride(e->variant.staging, e->codedWidth);
-  instance->frameBase = e->staging;
+  const FieldSource<const uint8_t> source(picture);
+  instance->colorSpace = FactsOf(picture.format).layout;
+  instance->frameBase = picture.planes[0];
   int64_t size = 0;
   const size_t first = std::min(e->streamCapacity, kFieldLimit + kSpillBytes);
-  Status s = CompressField(instance, e->stream, first, e->staging, nullptr, 2 * stride, 0, &size);
+  Status s = CompressField(instance, e->stream, first, source.picture[0], source.chroma[0],
+                           source.stride, 0, &size);
   if (s == Status::kOk) {
     const size_t offset = static_cast<size_t>(size) - kSpillBytes;
     const size_t second = std::min(e->streamCapacity, offset + kFieldLimit + kSpillBytes);
-    s = CompressField(instance, e->stream, second, e->staging + stride, nullptr, 2 * stride, 1,
-                      &size);
+    s = CompressField(instance, e->stream, second, source.picture[1], source.chroma[1],
+                      source.stride, 1, &size);
   }
   if (s == Status::kDoesNotFit) {
     // The stream buffer holds the frame bound: only the 24-bit limit stops a frame.
@@ -128,11 +156,10 @@ VTC_API vantaro_status vantaro_encode(vantaro_encoder* encoder, const vantaro_pi
       s != VANTARO_OK) {
     return s;
   }
+  if (const vantaro_status s = CheckFeeds(*picture, encoder->variant); s != VANTARO_OK) return s;
   const KernelScope kernels(encoder->options.kernels);
-  PlanarToStaging(*picture, encoder->variant.staging, encoder->staging, encoder->codedWidth,
-                  encoder->codedHeight);
   size_t length = 0;
-  if (const vantaro_status s = EncodeFields(encoder, &length); s != VANTARO_OK) return s;
+  if (const vantaro_status s = EncodeFields(encoder, *picture, &length); s != VANTARO_OK) return s;
   *written = length;
   if (length > capacity) return VANTARO_ERROR_BUFFER_TOO_SMALL;
   std::memcpy(dst, encoder->stream, length);
@@ -142,7 +169,6 @@ VTC_API vantaro_status vantaro_encode(vantaro_encoder* encoder, const vantaro_pi
 VTC_API void vantaro_encoder_destroy(vantaro_encoder* encoder) {
   if (encoder == nullptr) return;
   DestroyInstance(encoder->instance);
-  FreeAligned(encoder->staging);
   FreeAligned(encoder->stream);
   delete encoder;
 }
@@ -175,19 +201,21 @@ VTC_API vantaro_status vantaro_decode(vantaro_decoder* decoder, const uint8_t* f
   if (const vantaro_status s = vantaro_frame_inspect(frame, length, &info); s != VANTARO_OK) {
     return s;
   }
+  if (const vantaro_status s = CheckWholeMacroblocks(*picture); s != VANTARO_OK) return s;
   const KernelScope kernels(decoder->options.kernels);
   CodecInstance* instance = decoder->instance;
-  const int32_t stride = StagingStride(decoder->variant.staging, decoder->codedWidth);
-  // Slices that fail leave the staging lines as they were: start from grey.
-  std::memset(decoder->staging, 128,
-              StagingBytes(decoder->variant.staging, decoder->codedWidth, decoder->codedHeight));
+  const FieldSource<uint8_t> target(*picture);
+  instance->colorSpace = FactsOf(picture->format).layout;
+  instance->frameBase = picture->planes[0];
   uint32_t damage = 0;
-  instance->frameBase = decoder->staging;
   const DecodeExtent extent{info.frame_bytes, 0, &damage};
-  (void)DecompressField(instance, decoder->staging, nullptr, frame, 2 * stride, 0, extent);
-  (void)DecompressField(instance, decoder->staging + stride, nullptr, frame, 2 * stride, 1, extent);
-  StagingToPlanar(decoder->staging, decoder->variant.staging, decoder->codedWidth,
-                  decoder->codedHeight, *picture);
+  for (uint32_t field = 0; field < 2; ++field) {
+    (void)DecompressField(instance, target.picture[field], target.chroma[field], frame,
+                          target.stride, field, extent);
+  }
+  if (damage != 0 && FactsOf(picture->format).planeSet) {
+    GreyDamagedSlices(*picture, decoder->codedHeight, damage);
+  }
   if (report != nullptr) {
     report->damaged_slices = damage;
     report->damaged_count = static_cast<uint32_t>(std::popcount(damage));
@@ -200,7 +228,6 @@ VTC_API vantaro_status vantaro_decode(vantaro_decoder* decoder, const uint8_t* f
 VTC_API void vantaro_decoder_destroy(vantaro_decoder* decoder) {
   if (decoder == nullptr) return;
   DestroyInstance(decoder->instance);
-  FreeAligned(decoder->staging);
   delete decoder;
 }
 
