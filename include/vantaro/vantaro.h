@@ -176,7 +176,9 @@ typedef enum vantaro_kernels {
 typedef struct vantaro_options {
     uint32_t size;           /* sizeof(vantaro_options) */
     int32_t threads;         /* slices coded side by side: 1 (default) uses the calling
-                                thread only, 0 one per processor core, at most 8 */
+                                thread only, 0 one per processor core, at most 8.
+                                The handle starts its threads at create and joins
+                                them at destroy; every count gives the same bytes */
     vantaro_kernels kernels; /* default VANTARO_KERNELS_AUTO */
 } vantaro_options;
 

@@ -154,6 +154,21 @@ LongestCodes FindLongestCodes() {
 
 }  // namespace
 
+uint64_t MacroblockBoundBits(const VariantFacts& v) {
+  static const LongestCodes codes = FindLongestCodes();
+  CodecInstance probe{};
+  SetStreamFormat(&probe, v.fourcc);
+  // A block: its DC code, 63 coefficients each with the longest run/level
+  // or escape code, and the end of block.
+  const uint64_t blockBits = codes.dc + 63ull * codes.ac + ParseCode(kEndOfBlockCode).length;
+  const uint64_t chromaBlocks = v.sx == 0 ? 8 : (v.sy == 0 ? 4 : 2);
+  uint64_t bits = (4 + chromaBlocks + (probe.dctAlpha ? 4 : 0)) * blockBits;
+  // Run/value alpha: at worst a pair for each of the 256 samples, and the
+  // end marker of each of the two halves.
+  if (v.alpha && !probe.dctAlpha) bits += 256ull * codes.alphaPair + 2ull * kAlphaEndMarkerLength;
+  return bits;
+}
+
 }  // namespace vantaro::native
 
 using namespace vantaro;
@@ -165,17 +180,7 @@ VTC_API size_t vantaro_frame_bound(uint32_t fourcc, int32_t width, int32_t heigh
   VariantFacts v{};
   int32_t cw = 0, ch = 0;
   if (!VariantOf(fourcc, &v) || vantaro_coded_size(width, height, &cw, &ch) != VANTARO_OK) return 0;
-  static const LongestCodes codes = FindLongestCodes();
-  CodecInstance probe{};
-  SetStreamFormat(&probe, v.fourcc);
-  // A block: its DC code, 63 coefficients each with the longest run/level
-  // or escape code, and the end of block.
-  const uint64_t blockBits = codes.dc + 63ull * codes.ac + ParseCode(kEndOfBlockCode).length;
-  const uint64_t chromaBlocks = v.sx == 0 ? 8 : (v.sy == 0 ? 4 : 2);
-  uint64_t macroblockBits = (4 + chromaBlocks + (probe.dctAlpha ? 4 : 0)) * blockBits;
-  // Run/value alpha: at worst a pair for each of the 256 samples, and the
-  // end marker of each of the two halves.
-  if (v.alpha && !probe.dctAlpha) macroblockBits += 256ull * codes.alphaPair + 2ull * kAlphaEndMarkerLength;
+  const uint64_t macroblockBits = MacroblockBoundBits(v);
   const uint64_t columns = static_cast<uint64_t>(cw) / 16;
   uint64_t bytes = 4;  // quality and second-field offset
   for (uint32_t field = 0; field < 2; ++field) {

@@ -28,6 +28,8 @@ struct VariantFacts {
   bool alpha;
 };
 bool VariantOf(uint32_t fourcc, VariantFacts* facts);
+// Bits one macroblock of the variant can take at most, from the longest codes.
+uint64_t MacroblockBoundBits(const VariantFacts& v);
 
 // One plane of a format at a size: bytes a line holds, the stride of a
 // tightly packed picture, and its lines (0: the format has no such plane).
