@@ -222,8 +222,10 @@ VTC_API vantaro_status vantaro_encoder_create(uint32_t fourcc, int32_t width, in
  * direct functions' loaders, with their sample arithmetic (AYUV takes luma
  * and alpha from its first byte). They need a width that is a multiple of 16
  * and an even height (VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS), alpha exactly
- * when the variant has it (VANTARO_ERROR_ALPHA_MISMATCH), and UYVA's alpha
- * plane right behind lines of 2 * width bytes (VANTARO_ERROR_BAD_STRIDE).
+ * when the variant has it (VANTARO_ERROR_ALPHA_MISMATCH), a stride that is
+ * a multiple of 8 (their loaders step lines by the field's stride rounded
+ * down to 16 bytes), and UYVA's alpha plane right behind lines of
+ * 2 * width bytes (else VANTARO_ERROR_BAD_STRIDE).
  * The semi-planar layouts (NV*, YA*) cannot feed the encoder
  * (VANTARO_ERROR_CANNOT_FEED): their loaders repeat two lines down each
  * macroblock and skip every other 16 columns, as the direct functions keep.

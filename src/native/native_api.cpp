@@ -120,6 +120,9 @@ vantaro_status CheckFeeds(const vantaro_picture& picture, const VariantFacts& va
   // Their loaders read two lines a macroblock and every other column group.
   if (IsPlanar(f.layout)) return VANTARO_ERROR_CANNOT_FEED;
   if (LayoutOf(f.layout).hasAlpha != variant.alpha) return VANTARO_ERROR_ALPHA_MISMATCH;
+  // The packed loaders step a field's lines by its stride rounded down to
+  // 16 bytes: only strides of whole 8-byte units reach the right lines.
+  if (picture.strides[0] % 8 != 0) return VANTARO_ERROR_BAD_STRIDE;
   return CheckWholeMacroblocks(picture);
 }
 

@@ -106,6 +106,9 @@ TEST(DirectLayouts, GeometryTheWalksCannotServeAnswersItsStatus) {
   EXPECT_EQ(Decode(VANTARO_FOURCC_VTQ2, frame, uyvy.pic), VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS);
   Picture odd(VANTARO_FORMAT_RGB32, 32, 31);
   EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ5, odd.pic, 90, frame), VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS);
+  Picture rgb(VANTARO_FORMAT_RGB24, 32, 32);
+  rgb.pic.strides[0] = 100;  // holds the line, but not in whole 8-byte units
+  EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ4, rgb.pic, 90, frame), VANTARO_ERROR_BAD_STRIDE);
 
   const auto decodeStatus = [](vantaro_format format, auto&& spoil) {
     Picture p(format, 32, 32);

@@ -37,16 +37,21 @@ Picture Pack(const Picture& planes, vantaro_format format) {
 }
 
 TEST(PlaneSets, EncodeAndDecodeLikeTheExactPackedLayouts) {
+  // 4:2:2 into 4:4:4 repeats each chroma sample in both loaders; decoding
+  // 4:4:4 into packed 4:2:2 drops odd columns where planes average them.
   const struct {
     vantaro_format planes, packed;
     uint32_t fourcc;
+    bool decodesAlike;
   } cases[] = {
-      {VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_UYVY, VANTARO_FOURCC_VTQ2},
-      {VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_YUY2, VANTARO_FOURCC_VTQ2},
-      {VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_UYVA, VANTARO_FOURCC_VTQ3},
-      {VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_UYVA, VANTARO_FOURCC_VTQ7},
-      {VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_AYUV, VANTARO_FOURCC_VTQ5},
-      {VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_AYUV, VANTARO_FOURCC_VTQ9},
+      {VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_UYVY, VANTARO_FOURCC_VTQ2, true},
+      {VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_YUY2, VANTARO_FOURCC_VTQ2, true},
+      {VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_UYVA, VANTARO_FOURCC_VTQ3, true},
+      {VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_UYVA, VANTARO_FOURCC_VTQ7, true},
+      {VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_UYVY, VANTARO_FOURCC_VTQ4, false},
+      {VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_UYVA, VANTARO_FOURCC_VTQ9, false},
+      {VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_AYUV, VANTARO_FOURCC_VTQ5, true},
+      {VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_AYUV, VANTARO_FOURCC_VTQ9, true},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(Name(c.fourcc) + " format " + std::to_string(c.packed));
@@ -59,6 +64,7 @@ TEST(PlaneSets, EncodeAndDecodeLikeTheExactPackedLayouts) {
     ASSERT_EQ(Encode(c.fourcc, in.pic, 90, fromPlanes), VANTARO_OK);
     ASSERT_EQ(Encode(c.fourcc, Pack(in, c.packed).pic, 90, fromPacked), VANTARO_OK);
     EXPECT_EQ(fromPlanes, fromPacked);
+    if (!c.decodesAlike) continue;
     // Smooth content keeps every decoded sample in range, where the packed
     // stores' unclamped chroma pairs agree with clamped planes.
     Fill(in, false);
