@@ -13,16 +13,21 @@
  * functions': the same macroblock samples give the same bytes.
  *
  * Sizes. Any width and height from 1 to VANTARO_MAX_DIMENSION are accepted
- * for planar pictures and no pixel is lost. The stream's macroblock grid is 16 pixels wide and
- * covers lines in pairs, so the encoder codes the "coded size" (width rounded
- * up to a multiple of 16, height rounded up to a multiple of 2) from a picture
- * whose right column and bottom line are repeated outward, and the decoder
- * crops back. Such a stream is exactly what a decoder told the coded size
- * reads; vantaro_coded_size() gives it, for containers to record.
+ * for planar pictures and no pixel is lost. The stream's macroblock grid is
+ * 16 pixels wide and covers lines in pairs, so the encoder codes the "coded
+ * size" (width rounded up to a multiple of 16, height rounded up to a
+ * multiple of 2) from a picture whose right column and bottom line are
+ * repeated outward, and the decoder crops back. Such a stream is exactly what a decoder told the coded size
+ * reads; vantaro_coded_size() gives it, for containers to record. The packed
+ * and semi-planar layouts are coded as they stand and so need the coded size
+ * itself (see vantaro_encode()).
  *
  * Threads. The library's global tables are built once and read only; they
  * are all that instances share. A handle belongs to one thread at a time;
- * different handles may run on different threads at once.
+ * different handles may run on different threads at once. A handle created
+ * with options.threads above 1 runs a frame's eight slices on worker
+ * threads of its own (started at create, joined at destroy); the kernel
+ * choice (options.kernels) is process-wide while a call runs.
  */
 #ifndef VANTARO_VANTARO_H
 #define VANTARO_VANTARO_H

@@ -79,7 +79,7 @@ int64_t ImpliedChromaStride(uint32_t layout, int64_t s) {
 }
 
 // csUYVA's alpha plane lies right behind the lines, a byte a pixel, with
-// lines exactly two pixels' bytes a pixel long: the walks find it so.
+// lines of exactly two bytes a pixel: the walks find it there.
 bool UyvaPlanesAgree(const vantaro_picture& p) {
   const int64_t s = p.strides[0];
   return s == 2 * static_cast<int64_t>(p.width) && p.strides[3] == p.width &&

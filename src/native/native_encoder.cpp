@@ -35,7 +35,7 @@ vantaro_status Prepare(HandleState* h, uint32_t fourcc, int32_t width, int32_t h
   h->instance = NewInstance(h->variant, h->codedWidth, h->codedHeight);
   if (h->instance == nullptr) return VANTARO_ERROR_OUT_OF_MEMORY;
   uint32_t threads = static_cast<uint32_t>(h->options.threads);
-  if (threads == 0) threads = std::max(1u, std::thread::hardware_concurrency());
+  if (threads == 0) threads = std::max<uint32_t>(1, static_cast<uint32_t>(std::thread::hardware_concurrency()));
   if (!h->pool.Start(std::min(threads, kMaxThreads))) return VANTARO_ERROR_OUT_OF_MEMORY;
   return VANTARO_OK;
 }
