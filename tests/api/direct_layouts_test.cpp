@@ -133,5 +133,49 @@ TEST(DirectLayouts, GeometryTheWalksCannotServeAnswersItsStatus) {
   EXPECT_EQ(decodeStatus(VANTARO_FORMAT_NV24, [](vantaro_picture&) {}), VANTARO_OK);
 }
 
+
+// Decoding into planes puts every sample where the semi-planar stores of
+// the stream's own family put it: 4:2:0 chroma line k of field k & 1.
+TEST(DirectLayouts, SemiPlanarStoresAndPlaneSetsAgreeOnEverySample) {
+  const struct {
+    uint32_t fourcc;
+    vantaro_format planes, semi;
+    int32_t chromaLines;  // of 64
+  } cases[] = {
+      {VANTARO_FOURCC_VTQ0, VANTARO_FORMAT_YUV420P, VANTARO_FORMAT_NV12, 32},
+      {VANTARO_FOURCC_VTQ1, VANTARO_FORMAT_YUVA420P, VANTARO_FORMAT_YA20, 32},
+      {VANTARO_FOURCC_VTQ2, VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_NV16, 64},
+      {VANTARO_FOURCC_VTQ3, VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_YA22, 64},
+      {VANTARO_FOURCC_VTQ4, VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_YA44, 64},
+      {VANTARO_FOURCC_VTQ9, VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_YA44, 64},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(Name(c.fourcc));
+    Picture in(c.planes, 32, 64);
+    Fill(in);
+    std::vector<uint8_t> frame;
+    ASSERT_EQ(Encode(c.fourcc, in.pic, 96, frame), VANTARO_OK);
+    Picture planes(c.planes, 32, 64), semi(c.semi, 32, 64);
+    ASSERT_EQ(Decode(c.fourcc, frame, planes.pic), VANTARO_OK);
+    ASSERT_EQ(Decode(c.fourcc, frame, semi.pic), VANTARO_OK);
+    const bool ya = c.semi >= VANTARO_FORMAT_YA20;
+    for (int32_t y = 0; y < 64; ++y) {
+      for (int32_t x = 0; x < 32; ++x) {
+        ASSERT_EQ(planes.At(0, x, y), semi.At(0, ya ? 2 * x : x, y)) << x << "," << y;
+        if (ya) {
+          ASSERT_EQ(planes.At(3, x, y), semi.At(0, 2 * x + 1, y)) << x << "," << y;
+        }
+      }
+    }
+    const int32_t chromaWidth = planes.Of(1).bytes;
+    for (int32_t y = 0; y < c.chromaLines; ++y) {
+      for (int32_t x = 0; x < chromaWidth; ++x) {
+        ASSERT_EQ(planes.At(1, x, y), semi.At(1, 2 * x, y)) << x << "," << y;
+        ASSERT_EQ(planes.At(2, x, y), semi.At(1, 2 * x + 1, y)) << x << "," << y;
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace api_test
