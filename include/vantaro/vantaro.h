@@ -19,8 +19,7 @@
  * multiple of 2) from a picture whose right column and bottom line are
  * repeated outward, and the decoder crops back. Such a stream is exactly what a decoder told the coded size
  * reads; vantaro_coded_size() gives it, for containers to record. The packed
- * and semi-planar layouts are coded as they stand and so need the coded size
- * itself (see vantaro_encode()).
+ * and semi-planar layouts are served at any size too (see vantaro_encode()).
  *
  * Threads. The library's global tables are built once and read only; they
  * are all that instances share. A handle belongs to one thread at a time;
@@ -76,17 +75,9 @@ typedef enum vantaro_status {
                                             other slice was; the report says which */
     VANTARO_ERROR_OUT_OF_MEMORY = 12,
     VANTARO_ERROR_INTERNAL = 13,
-    VANTARO_ERROR_BAD_STRIDE = 14,       /* a stride shorter than its plane's line, or
-                                            (NV*, YA*, UYVA) planes placed otherwise than
-                                            the layout's walks find them */
-    VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS = 15, /* a packed or semi-planar layout at a width
-                                            that is not a multiple of 16 or an odd height:
-                                            its walks move in whole macroblocks */
-    VANTARO_ERROR_ALPHA_MISMATCH = 16,   /* a packed layout with alpha into a variant
+    VANTARO_ERROR_BAD_STRIDE = 14,       /* a stride shorter than its plane's line */
+    VANTARO_ERROR_ALPHA_MISMATCH = 15    /* a packed layout with alpha into a variant
                                             without, or the reverse */
-    VANTARO_ERROR_CANNOT_FEED = 17       /* a semi-planar layout (NV*, YA*) given to the
-                                            encoder: its loaders repeat two lines down each
-                                            macroblock and skip every other 16 columns */
 } vantaro_status;
 
 /* A short English description of a status, never null. Static storage. */
@@ -225,15 +216,17 @@ VTC_API vantaro_status vantaro_encoder_create(uint32_t fourcc, int32_t width, in
  *
  * The packed layouts (YUY2, UYVY, UYVA, AYUV, RGB24, RGB32) go through the
  * direct functions' loaders, with their sample arithmetic (AYUV takes luma
- * and alpha from its first byte). They need a width that is a multiple of 16
- * and an even height (VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS), alpha exactly
- * when the variant has it (VANTARO_ERROR_ALPHA_MISMATCH), a stride that is
- * a multiple of 8 (their loaders step lines by the field's stride rounded
- * down to 16 bytes), and UYVA's alpha plane right behind lines of
- * 2 * width bytes (else VANTARO_ERROR_BAD_STRIDE).
- * The semi-planar layouts (NV*, YA*) cannot feed the encoder
- * (VANTARO_ERROR_CANNOT_FEED): their loaders repeat two lines down each
- * macroblock and skip every other 16 columns, as the direct functions keep.
+ * and alpha from its first byte), and need alpha exactly when the variant
+ * has it (else VANTARO_ERROR_ALPHA_MISMATCH). Their walks move in whole
+ * macroblocks and find lines and planes by their own rules (strides of whole
+ * 8-byte units, UYVA's alpha plane right behind lines of 2 * width bytes); a
+ * picture of another size or placement is first copied, edges repeated, to
+ * the coded size in the handle's staging buffer (allocated on first need and
+ * kept), so the stream is the one its coded-size picture gives.
+ * The semi-planar layouts (NV*, YA*) are deinterleaved into the plane set of
+ * their family (NV12 into YUV420P, YA22 into YUVA422P...) and coded as that:
+ * their direct loaders repeat two lines down each macroblock and skip every
+ * other 16 columns, which no new program wants.
  *
  * Writes at most `capacity` bytes to `dst` and the frame's true length to
  * `*written`. On VANTARO_ERROR_BUFFER_TOO_SMALL nothing past `capacity` is
@@ -266,10 +259,11 @@ VTC_API vantaro_status vantaro_decoder_create(uint32_t fourcc, int32_t width, in
  * stream has none, and the coded size's extra columns and line are cropped.
  * All twelve packed and semi-planar layouts receive frames through the
  * direct functions' stores and keep their sample arithmetic (chroma pairs
- * unclamped, YA luma unclamped beside run/value alpha); they need a width
- * that is a multiple of 16 and an even height, and the NV* and YA* chroma
- * plane at the stride their walks derive from the main plane's (NV12, NV16,
- * YA44: the same; NV24: twice; YA20, YA22: half), else VANTARO_ERROR_BAD_STRIDE.
+ * unclamped, YA luma unclamped beside run/value alpha). A picture the walks
+ * cannot fill where it lies (a size that is not whole macroblocks, NV* or
+ * YA* chroma at another stride than the walks derive from the main plane's,
+ * a UYVA alpha plane elsewhere than right behind the lines) is decoded at
+ * the coded size into the staging buffer and cropped into it.
  * Never reads past `length`, never writes outside the picture. On
  * VANTARO_ERROR_DAMAGED every slice but those named in `report` (which may
  * be null) was decoded; in planar pictures the lines of damaged slices come

@@ -65,29 +65,6 @@ vantaro_status ReadOptions(const vantaro_options* options, vantaro_options* out)
   return VANTARO_OK;
 }
 
-namespace {
-
-// The direct layouts find their second plane from the main plane's stride:
-// the stride of the U, V plane those walks imply, or 0 where none can serve.
-int64_t ImpliedChromaStride(uint32_t layout, int64_t s) {
-  switch (layout) {
-    case kCsNV12: case kCsNV16: case kCsYA44: return s;
-    case kCsNV24: return 2 * s;
-    case kCsYA20: case kCsYA22: return s % 2 == 0 ? s / 2 : 0;
-    default: return 0;
-  }
-}
-
-// csUYVA's alpha plane lies right behind the lines, a byte a pixel, with
-// lines of exactly two bytes a pixel: the walks find it there.
-bool UyvaPlanesAgree(const vantaro_picture& p) {
-  const int64_t s = p.strides[0];
-  return s == 2 * static_cast<int64_t>(p.width) && p.strides[3] == p.width &&
-         p.planes[3] == p.planes[0] + s * p.height;
-}
-
-}  // namespace
-
 vantaro_status CheckPicture(const vantaro_picture* picture, int32_t width, int32_t height) {
   if (picture == nullptr) return VANTARO_ERROR_INVALID_ARGUMENT;
   const FormatFacts f = FactsOf(picture->format);
@@ -100,30 +77,15 @@ vantaro_status CheckPicture(const vantaro_picture* picture, int32_t width, int32
     const int64_t stride = picture->strides[plane];
     if ((stride < 0 ? -stride : stride) < g.lineBytes) return VANTARO_ERROR_BAD_STRIDE;
   }
-  if (IsPlanar(f.layout) &&
-      picture->strides[1] != ImpliedChromaStride(f.layout, picture->strides[0])) {
-    return VANTARO_ERROR_BAD_STRIDE;
-  }
-  if (f.layout == kCsUYVA && !UyvaPlanesAgree(*picture)) return VANTARO_ERROR_BAD_STRIDE;
   return VANTARO_OK;
-}
-
-vantaro_status CheckWholeMacroblocks(const vantaro_picture& picture) {
-  if (FactsOf(picture.format).planeSet) return VANTARO_OK;
-  return picture.width % 16 == 0 && picture.height % 2 == 0 ? VANTARO_OK
-                                                            : VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS;
 }
 
 vantaro_status CheckFeeds(const vantaro_picture& picture, const VariantFacts& variant) {
   const FormatFacts f = FactsOf(picture.format);
-  if (f.planeSet) return VANTARO_OK;
-  // Their loaders read two lines a macroblock and every other column group.
-  if (IsPlanar(f.layout)) return VANTARO_ERROR_CANNOT_FEED;
-  if (LayoutOf(f.layout).hasAlpha != variant.alpha) return VANTARO_ERROR_ALPHA_MISMATCH;
-  // The packed loaders step a field's lines by its stride rounded down to
-  // 16 bytes: only strides of whole 8-byte units reach the right lines.
-  if (picture.strides[0] % 8 != 0) return VANTARO_ERROR_BAD_STRIDE;
-  return CheckWholeMacroblocks(picture);
+  // Plane sets and the semi-planar layouts (deinterleaved into one) take
+  // or leave alpha as the variant needs.
+  if (f.planeSet || IsPlanar(f.layout)) return VANTARO_OK;
+  return LayoutOf(f.layout).hasAlpha == variant.alpha ? VANTARO_OK : VANTARO_ERROR_ALPHA_MISMATCH;
 }
 
 KernelScope::KernelScope(vantaro_kernels kernels)

@@ -45,10 +45,9 @@ vantaro_status ReadOptions(const vantaro_options* options, vantaro_options* out)
 // Null pointers, the size, every used plane present with a stride that holds
 // its line, and the direct layouts' own stride rules.
 vantaro_status CheckPicture(const vantaro_picture* picture, int32_t width, int32_t height);
-// Whether the picture's layout can feed the variant (encode) at this size.
+// Whether the picture's layout can feed the variant (encode): a packed
+// layout's alpha must be the variant's.
 vantaro_status CheckFeeds(const vantaro_picture& picture, const VariantFacts& variant);
-// Whether a direct layout can take a frame of this size (decode).
-vantaro_status CheckWholeMacroblocks(const vantaro_picture& picture);
 
 // Field 0 or 1 of a plane-set picture as the plane-set walks take it.
 template <class Byte>

@@ -62,7 +62,19 @@ VTC_API vantaro_status vantaro_decode(vantaro_decoder* decoder, const uint8_t* f
   if (const vantaro_status s = vantaro_frame_inspect(frame, length, &info); s != VANTARO_OK) {
     return s;
   }
-  if (const vantaro_status s = CheckWholeMacroblocks(*picture); s != VANTARO_OK) return s;
+  // Direct layouts the walks cannot fill where they lie are decoded at the
+  // coded size into the staging buffer, then cropped into the caller's.
+  const vantaro_picture* const caller = picture;
+  vantaro_picture staged{};
+  if (!FactsOf(picture->format).planeSet && !TakesDirect(*picture, false)) {
+    if (const vantaro_status s = StagingPicture(
+            decoder, picture->format, decoder->codedWidth,
+            StagingHeight(picture->format, decoder->codedHeight), &staged);
+        s != VANTARO_OK) {
+      return s;
+    }
+    picture = &staged;
+  }
   const KernelScope kernels(decoder->options.kernels);
   const FieldSource<uint8_t> target(*picture);
   for (uint32_t t = 0; t < decoder->pool.Threads(); ++t) {
@@ -79,6 +91,7 @@ VTC_API vantaro_status vantaro_decode(vantaro_decoder* decoder, const uint8_t* f
   if (damage != 0 && FactsOf(picture->format).planeSet) {
     GreyDamagedSlices(*picture, decoder->codedHeight, damage);
   }
+  if (picture != caller) CopyCropping(*picture, *caller);
   if (report != nullptr) {
     report->damaged_slices = damage;
     report->damaged_count = static_cast<uint32_t>(std::popcount(damage));

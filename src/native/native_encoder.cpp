@@ -96,6 +96,24 @@ vantaro_status JoinFrame(const vantaro_encoder& e, uint8_t* dst, size_t capacity
   return VANTARO_OK;
 }
 
+// Semi-planar pictures deinterleaved into their plane set, packed ones the
+// walks cannot take copied to the coded size; `staged` stays empty (format
+// 0) for a picture coded where it lies.
+vantaro_status Stage(vantaro_encoder* e, const vantaro_picture& picture, vantaro_picture* staged) {
+  const FormatFacts f = FactsOf(picture.format);
+  if (f.planeSet) return VANTARO_OK;
+  if (IsPlanar(f.layout)) {
+    const vantaro_status s =
+        StagingPicture(e, PlaneSetOf(picture.format), picture.width, picture.height, staged);
+    if (s == VANTARO_OK) Deinterleave(picture, *staged);
+    return s;
+  }
+  if (TakesDirect(picture, true)) return VANTARO_OK;
+  const vantaro_status s = StagingPicture(e, picture.format, e->codedWidth, e->codedHeight, staged);
+  if (s == VANTARO_OK) CopyReplicating(picture, *staged);
+  return s;
+}
+
 }  // namespace
 
 extern "C" {
@@ -137,6 +155,9 @@ VTC_API vantaro_status vantaro_encode(vantaro_encoder* encoder, const vantaro_pi
     return s;
   }
   if (const vantaro_status s = CheckFeeds(*picture, encoder->variant); s != VANTARO_OK) return s;
+  vantaro_picture staged{};
+  if (const vantaro_status s = Stage(encoder, *picture, &staged); s != VANTARO_OK) return s;
+  if (staged.format != 0) picture = &staged;
   const KernelScope kernels(encoder->options.kernels);
   const FieldSource<const uint8_t> source(*picture);
   encoder->instance->colorSpace = FactsOf(picture->format).layout;

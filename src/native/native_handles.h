@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codec/allocation.h"
 #include "codec/field_flow.h"
 #include "codec/slice_layout.h"
 #include "native/native_common.h"
@@ -23,14 +24,41 @@ constexpr size_t kSpillBytes = 4;
 // slice lengths.
 constexpr size_t kFieldLimit = (size_t{1} << 24) - 1;
 
-// What both handles hold: the instance at the coded size, and the pool.
+// What both handles hold: the instance at the coded size, the pool, and the
+// staging buffer of pictures the walks cannot take where they lie.
 struct HandleState {
   CodecInstance* instance = nullptr;
   VariantFacts variant{};
   vantaro_options options{};
   int32_t width = 0, height = 0, codedWidth = 0, codedHeight = 0;
   SlicePool pool;
+  uint8_t* staging = nullptr;
+  size_t stagingBytes = 0;
+
+  HandleState() = default;
+  HandleState(const HandleState&) = delete;
+  HandleState& operator=(const HandleState&) = delete;
+  ~HandleState() { FreeAligned(staging); }
 };
+
+// Staging (native_staging.cpp). Whether the direct walks can take a picture
+// of a packed or semi-planar layout where it lies: whole macroblocks, the
+// planes where the walks find them, and for the encoder a packed layout.
+bool TakesDirect(const vantaro_picture& picture, bool encode);
+// The plane set a semi-planar layout deinterleaves into.
+vantaro_format PlaneSetOf(vantaro_format semiPlanar);
+// Lines a decode's staging picture of `format` needs for a coded height.
+int32_t StagingHeight(vantaro_format format, int32_t codedHeight);
+// A tight picture in the handle's staging buffer, grown when too small.
+vantaro_status StagingPicture(HandleState* h, vantaro_format format, int32_t width, int32_t height,
+                              vantaro_picture* out);
+// `from` into the larger `to` of the same format, each line's last pixel
+// (or pixel pair) and each plane's last line repeated to fill it.
+void CopyReplicating(const vantaro_picture& from, const vantaro_picture& to);
+// The top-left part of `from` that `to` holds, into `to`.
+void CopyCropping(const vantaro_picture& from, const vantaro_picture& to);
+// A semi-planar picture into the planes of PlaneSetOf() at the same size.
+void Deinterleave(const vantaro_picture& from, const vantaro_picture& to);
 
 // Checks the arguments, makes the instance and starts the pool.
 vantaro_status Prepare(HandleState* h, uint32_t fourcc, int32_t width, int32_t height,

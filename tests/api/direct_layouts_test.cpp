@@ -3,6 +3,8 @@
 // one of them, and the geometry checks that keep the walks inside the planes.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "api/api_pictures.h"
 
 namespace api_test {
@@ -36,16 +38,18 @@ TEST(DirectLayouts, FeedTheVariantsTheyCanAndRoundTripThroughTheirWalks) {
       SCOPED_TRACE(Name(fourcc) + " format " + std::to_string(l.format));
       Picture in(l.format, 48, 32);
       Ramp(in);
-      const vantaro_status expected = l.semiPlanar                          ? VANTARO_ERROR_CANNOT_FEED
-                                      : l.alpha != StreamHasAlpha(fourcc) ? VANTARO_ERROR_ALPHA_MISMATCH
-                                                                            : VANTARO_OK;
+      const vantaro_status expected = !l.semiPlanar && l.alpha != StreamHasAlpha(fourcc)
+                                          ? VANTARO_ERROR_ALPHA_MISMATCH
+                                          : VANTARO_OK;
       std::vector<uint8_t> frame;
       ASSERT_EQ(Encode(fourcc, in.pic, 96, frame), expected);
       if (expected != VANTARO_OK) continue;
       Picture out(l.format, 48, 32);
       ASSERT_EQ(Decode(fourcc, frame, out.pic), VANTARO_OK);
       EXPECT_TRUE(out.GuardsIntact());
-      EXPECT_GT(Psnr(in, out, 0), 30.0);
+      // A YA layout's alpha through a variant without one comes back opaque.
+      const bool lumaOnly = l.alpha && !StreamHasAlpha(fourcc);
+      EXPECT_GT(Psnr(in, out, 0, lumaOnly ? 2 : 1), 30.0);
     }
   }
 }
@@ -97,42 +101,101 @@ TEST(DirectLayouts, PictureSizesCoverEveryLayout) {
   }
 }
 
-TEST(DirectLayouts, GeometryTheWalksCannotServeAnswersItsStatus) {
-  Picture uyvy(VANTARO_FORMAT_UYVY, 24, 32);
-  std::vector<uint8_t> frame;
-  EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ2, uyvy.pic, 90, frame), VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS);
-  Picture planes(VANTARO_FORMAT_YUV422P, 24, 32);
-  ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ2, planes.pic, 90, frame), VANTARO_OK);
-  EXPECT_EQ(Decode(VANTARO_FOURCC_VTQ2, frame, uyvy.pic), VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS);
-  Picture odd(VANTARO_FORMAT_RGB32, 32, 31);
-  EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ5, odd.pic, 90, frame), VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS);
-  Picture rgb(VANTARO_FORMAT_RGB24, 32, 32);
-  rgb.pic.strides[0] = 100;  // holds the line, but not in whole 8-byte units
-  EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ4, rgb.pic, 90, frame), VANTARO_ERROR_BAD_STRIDE);
+// Samples of `from` in plane-set layout `to` (same size): 4:2:2 pairs or
+// semi-planar planes taken apart.
+void Unpack(const Picture& from, Picture& to, int32_t lumaStep, int32_t lumaPhase) {
+  const bool pairs = from.pic.format == VANTARO_FORMAT_UYVY;
+  for (int32_t y = 0; y < to.pic.height; ++y) {
+    for (int32_t x = 0; x < to.pic.width; ++x) {
+      to.At(0, x, y) = from.At(0, lumaStep * x + lumaPhase, y);
+      if (to.Of(3).lines != 0) to.At(3, x, y) = from.At(0, 2 * x + 1, y);
+    }
+    for (int32_t x = 0; y < to.Of(1).lines && x < to.Of(1).bytes; ++x) {
+      to.At(1, x, y) = pairs ? from.At(0, 4 * x, y) : from.At(1, 2 * x, y);
+      to.At(2, x, y) = pairs ? from.At(0, 4 * x + 2, y) : from.At(1, 2 * x + 1, y);
+    }
+  }
+}
 
-  const auto decodeStatus = [](vantaro_format format, auto&& spoil) {
+// Sizes and placements the walks cannot take go through the handle's
+// staging: a packed picture of any size codes as the plane set of its
+// samples, edges repeated the same way; semi-planar input is its planes.
+TEST(DirectLayouts, AnySizeAndPlacementCodesAsItsPlanes) {
+  const struct {
+    vantaro_format packed, planes;
+    uint32_t fourcc;
+    int32_t w, h, lumaStep, lumaPhase;
+  } cases[] = {
+      {VANTARO_FORMAT_UYVY, VANTARO_FORMAT_YUV422P, VANTARO_FOURCC_VTQ2, 24, 30, 2, 1},
+      {VANTARO_FORMAT_UYVY, VANTARO_FORMAT_YUV422P, VANTARO_FOURCC_VTQ2, 37, 21, 2, 1},
+      {VANTARO_FORMAT_NV12, VANTARO_FORMAT_YUV420P, VANTARO_FOURCC_VTQ0, 37, 21, 1, 0},
+      // Whole macroblocks, but a partial row the 4:2:0 stores would overrun.
+      {VANTARO_FORMAT_NV12, VANTARO_FORMAT_YUV420P, VANTARO_FOURCC_VTQ0, 32, 34, 1, 0},
+      {VANTARO_FORMAT_NV24, VANTARO_FORMAT_YUV444P, VANTARO_FOURCC_VTQ4, 48, 32, 1, 0},
+      {VANTARO_FORMAT_YA22, VANTARO_FORMAT_YUVA422P, VANTARO_FOURCC_VTQ3, 33, 17, 2, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.packed) + " " + std::to_string(c.w) + "x" + std::to_string(c.h));
+    Picture packed(c.packed, c.w, c.h), planes(c.planes, c.w, c.h);
+    Fill(packed);  // smooth: the packed stores do not clamp, the planar ones do
+    Unpack(packed, planes, c.lumaStep, c.lumaPhase);
+    std::vector<uint8_t> a, b;
+    ASSERT_EQ(Encode(c.fourcc, packed.pic, 90, a), VANTARO_OK);
+    ASSERT_EQ(Encode(c.fourcc, planes.pic, 90, b), VANTARO_OK);
+    EXPECT_EQ(a, b);
+    // Back out into the packed layout at its own size: luma as the planes get it.
+    Picture out(c.packed, c.w, c.h), reference(c.planes, c.w, c.h);
+    ASSERT_EQ(Decode(c.fourcc, a, out.pic), VANTARO_OK);
+    ASSERT_EQ(Decode(c.fourcc, a, reference.pic), VANTARO_OK);
+    EXPECT_TRUE(out.GuardsIntact());
+    for (int32_t y = 0; y < c.h; ++y) {
+      for (int32_t x = 0; x < c.w; ++x) {
+        ASSERT_EQ(out.At(0, c.lumaStep * x + c.lumaPhase, y), reference.At(0, x, y)) << x << "," << y;
+      }
+    }
+  }
+}
+
+TEST(DirectLayouts, StridesAndPlanesAnywhereGiveTheTightPicturesBytes) {
+  Picture tight(VANTARO_FORMAT_RGB24, 32, 32);
+  Fill(tight);
+  std::vector<uint8_t> padded(100 * 32), a, b;
+  vantaro_picture loose = tight.pic;
+  loose.planes[0] = padded.data();
+  loose.strides[0] = 100;  // holds the line, but not in whole 8-byte units
+  for (int32_t y = 0; y < 32; ++y) std::memcpy(&padded[100 * y], &tight.At(0, 0, y), 96);
+  ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ4, tight.pic, 90, a), VANTARO_OK);
+  ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ4, loose, 90, b), VANTARO_OK);
+  EXPECT_EQ(a, b);
+
+  Picture source(VANTARO_FORMAT_YUVA420P, 32, 32);
+  Fill(source);
+  std::vector<uint8_t> frame;
+  ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ1, source.pic, 90, frame), VANTARO_OK);
+  // NV12 chroma two bytes further apart than the walks derive: staged.
+  Picture nv(VANTARO_FORMAT_NV12, 32, 32), wide(VANTARO_FORMAT_NV12, 32, 32);
+  std::vector<uint8_t> chroma(34 * 16, kGuard);
+  wide.pic.planes[1] = chroma.data();
+  wide.pic.strides[1] = 34;
+  ASSERT_EQ(Decode(VANTARO_FOURCC_VTQ1, frame, nv.pic), VANTARO_OK);
+  ASSERT_EQ(Decode(VANTARO_FOURCC_VTQ1, frame, wide.pic), VANTARO_OK);
+  for (int32_t y = 0; y < 16; ++y) {
+    ASSERT_EQ(std::memcmp(&chroma[34 * y], &nv.At(1, 0, y), 32), 0) << y;
+    EXPECT_EQ(chroma[34 * y + 32], kGuard);
+  }
+
+  const auto decodeStatus = [&](vantaro_format format, auto&& spoil) {
     Picture p(format, 32, 32);
     spoil(p.pic);
-    std::vector<uint8_t> f;
-    Picture source(VANTARO_FORMAT_YUV420P, 32, 32);
-    EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ1, source.pic, 90, f), VANTARO_OK);
-    return Decode(VANTARO_FOURCC_VTQ1, f, p.pic);
+    return Decode(VANTARO_FOURCC_VTQ1, frame, p.pic);
   };
-  EXPECT_EQ(decodeStatus(VANTARO_FORMAT_NV12, [](vantaro_picture& p) { p.strides[1] += 2; }),
-            VANTARO_ERROR_BAD_STRIDE);
-  EXPECT_EQ(decodeStatus(VANTARO_FORMAT_YA20, [](vantaro_picture& p) { p.strides[1] = p.strides[0]; }),
-            VANTARO_ERROR_BAD_STRIDE);
-  EXPECT_EQ(decodeStatus(VANTARO_FORMAT_UYVA, [](vantaro_picture& p) { p.planes[3] += 1; }),
-            VANTARO_ERROR_BAD_STRIDE);
   EXPECT_EQ(decodeStatus(VANTARO_FORMAT_YUV420P, [](vantaro_picture& p) { p.strides[1] = -15; }),
             VANTARO_ERROR_BAD_STRIDE);
   EXPECT_EQ(decodeStatus(VANTARO_FORMAT_RGB24, [](vantaro_picture& p) { p.strides[0] = 95; }),
             VANTARO_ERROR_BAD_STRIDE);
   EXPECT_EQ(decodeStatus(VANTARO_FORMAT_NV16, [](vantaro_picture& p) { p.planes[1] = nullptr; }),
             VANTARO_ERROR_INVALID_ARGUMENT);
-  EXPECT_EQ(decodeStatus(VANTARO_FORMAT_NV24, [](vantaro_picture&) {}), VANTARO_OK);
 }
-
 
 // Decoding into planes puts every sample where the semi-planar stores of
 // the stream's own family put it: 4:2:0 chroma line k of field k & 1.
