@@ -50,34 +50,6 @@ TEST(ApiBasics, CodedSizeRoundsWidthTo16AndHeightTo2) {
     EXPECT_EQ(vantaro_coded_size(4, 4, nullptr, nullptr), VANTARO_ERROR_INVALID_ARGUMENT);
 }
 
-TEST(ApiBasics, PlanarPicturesLayPlanesBackToBack) {
-    struct Case { vantaro_format format; int32_t w, h; size_t size; int32_t chroma_stride, chroma_h; bool alpha; };
-    const Case cases[] = {
-        {VANTARO_FORMAT_YUV420P, 5, 3, 15 + 2 * 3 * 2, 3, 2, false},
-        {VANTARO_FORMAT_YUVA420P, 4, 4, 16 + 2 * 4 + 16, 2, 2, true},
-        {VANTARO_FORMAT_YUV422P, 5, 3, 15 + 2 * 3 * 3, 3, 3, false},
-        {VANTARO_FORMAT_YUVA444P, 3, 2, 6 * 4, 3, 2, true},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(vantaro_picture_size(c.format, c.w, c.h), c.size) << c.format;
-        std::vector<uint8_t> buffer(c.size);
-        vantaro_picture picture{};
-        ASSERT_EQ(vantaro_picture_fill(&picture, c.format, c.w, c.h, buffer.data(), buffer.size()),
-                  VANTARO_OK);
-        EXPECT_EQ(picture.strides[1], c.chroma_stride);
-        EXPECT_EQ(picture.planes[3] != nullptr, c.alpha);
-        // The last plane ends exactly at the buffer's end.
-        const int last = c.alpha ? 3 : 2;
-        const size_t last_bytes =
-            static_cast<size_t>(picture.strides[last]) * static_cast<size_t>(c.alpha ? c.h : c.chroma_h);
-        EXPECT_EQ(picture.planes[last] + last_bytes, buffer.data() + buffer.size());
-        EXPECT_EQ(vantaro_picture_fill(&picture, c.format, c.w, c.h, buffer.data(), c.size - 1),
-                  VANTARO_ERROR_BUFFER_TOO_SMALL);
-    }
-    EXPECT_EQ(vantaro_picture_size(VANTARO_FORMAT_YUV420P, 0, 4), 0u);
-    EXPECT_EQ(vantaro_picture_size(static_cast<vantaro_format>(99), 4, 4), 0u);
-}
-
 TEST(ApiBasics, FrameInspectReadsAWellFormedHeader) {
     const uint32_t lengths[8] = {3, 10, 3, 7, 5, 3, 3, 9};
     const std::vector<uint8_t> frame = FrameWithSlices(lengths);

@@ -3,6 +3,7 @@
 // one of them, and the geometry checks that keep the walks inside the planes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "api/api_pictures.h"
@@ -78,14 +79,17 @@ TEST(DirectLayouts, ReceiveEveryVariantWithLumaIntact) {
   }
 }
 
-// Tight pictures: lines rounded to whole pixel pairs where chroma pairs
-// need it, second planes at the stride their walks derive from the main one.
-TEST(DirectLayouts, PictureSizesCoverEveryLayout) {
+// Tight pictures: planes back to back, lines rounded to whole pixel pairs
+// where chroma pairs need it, second planes at the stride their walks derive
+// from the main one.
+TEST(DirectLayouts, PictureSizesCoverEveryFormat) {
   const struct {
     vantaro_format format;
     int32_t w, h;
     size_t size;
   } cases[] = {
+      {VANTARO_FORMAT_YUV420P, 5, 3, 15 + 2 * 3 * 2}, {VANTARO_FORMAT_YUVA420P, 4, 4, 16 + 2 * 4 + 16},
+      {VANTARO_FORMAT_YUV422P, 5, 3, 15 + 2 * 3 * 3}, {VANTARO_FORMAT_YUVA444P, 3, 2, 6 * 4},
       {VANTARO_FORMAT_NV12, 6, 3, 18 + 12}, {VANTARO_FORMAT_NV12, 5, 2, 12 + 6},
       {VANTARO_FORMAT_NV16, 6, 3, 18 + 18}, {VANTARO_FORMAT_NV24, 6, 3, 18 + 36},
       {VANTARO_FORMAT_YA20, 6, 3, 36 + 12}, {VANTARO_FORMAT_YA22, 6, 3, 36 + 18},
@@ -95,10 +99,23 @@ TEST(DirectLayouts, PictureSizesCoverEveryLayout) {
       {VANTARO_FORMAT_RGB32, 6, 3, 72},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(vantaro_picture_size(c.format, c.w, c.h), c.size) << c.format;
-    Picture p(c.format, c.w, c.h);
-    EXPECT_NE(p.pic.planes[0], nullptr) << c.format;
+    SCOPED_TRACE(c.format);
+    ASSERT_EQ(vantaro_picture_size(c.format, c.w, c.h), c.size);
+    std::vector<uint8_t> buffer(c.size);
+    vantaro_picture p{};
+    ASSERT_EQ(vantaro_picture_fill(&p, c.format, c.w, c.h, buffer.data(), c.size), VANTARO_OK);
+    const uint8_t* end = buffer.data();
+    for (int plane = 0; plane < 4; ++plane) {
+      const Extent e = PlaneExtent(c.format, c.w, c.h, plane);
+      ASSERT_EQ(p.planes[plane] != nullptr, e.lines != 0) << plane;
+      if (e.lines != 0) end = std::max<const uint8_t*>(end, p.planes[plane] + static_cast<size_t>(p.strides[plane]) * e.lines);
+    }
+    EXPECT_EQ(end, buffer.data() + buffer.size());
+    EXPECT_EQ(vantaro_picture_fill(&p, c.format, c.w, c.h, buffer.data(), c.size - 1),
+              VANTARO_ERROR_BUFFER_TOO_SMALL);
   }
+  EXPECT_EQ(vantaro_picture_size(VANTARO_FORMAT_YUV420P, 0, 4), 0u);
+  EXPECT_EQ(vantaro_picture_size(static_cast<vantaro_format>(99), 4, 4), 0u);
 }
 
 // Samples of `from` in plane-set layout `to` (same size): 4:2:2 pairs or

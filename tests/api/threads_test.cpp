@@ -1,5 +1,5 @@
-// Slices side by side: every thread count gives the same frame bytes, the
-// same decoded samples and the same damage report as one thread.
+// Slices side by side: every thread count, and the scalar kernels, give the
+// same frame bytes, decoded samples and damage report as one thread.
 #include <gtest/gtest.h>
 
 #include "api/api_pictures.h"
@@ -40,9 +40,11 @@ TEST(Threads, EveryCountGivesOneThreadsBytesSamplesAndDamage) {
     ASSERT_EQ(Decode(c.fourcc, reference, decoded.pic, nullptr, &one), VANTARO_OK);
     ASSERT_EQ(Decode(c.fourcc, damaged, decodedDamaged.pic, &report, &one), VANTARO_ERROR_DAMAGED);
     EXPECT_EQ(report.damaged_slices, 2u);
-    for (const int32_t threads : {2, 3, 8, 0}) {
+    for (const int32_t threads : {2, 3, 8, 0, -1}) {
       SCOPED_TRACE(Name(c.fourcc) + " threads " + std::to_string(threads));
-      const vantaro_options options = WithThreads(threads);
+      // -1: one thread on the scalar kernels.
+      vantaro_options options = WithThreads(threads < 0 ? 1 : threads);
+      if (threads < 0) options.kernels = VANTARO_KERNELS_SCALAR;
       std::vector<uint8_t> frame;
       ASSERT_EQ(Encode(c.fourcc, in.pic, 92, frame, &options), VANTARO_OK);
       EXPECT_EQ(frame, reference);
