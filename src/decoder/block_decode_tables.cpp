@@ -111,6 +111,20 @@ void BuildAc(BlockDecodeTables& t) {
   }
   for (int32_t k = 0; k < 4096; ++k) t.escapeLevel[k] = static_cast<int16_t>(k - 2048);
   std::memcpy(t.scanOrder, ZigzagScan, sizeof t.scanOrder);
+  // 6: the walked table, packed from the three above.
+  for (uint32_t i = 0; i < 4096; ++i) {
+    const uint32_t length = t.acLength[i] & 0x7F;
+    uint32_t e = length;
+    if (t.acLength[i] & kAcEndOfBlock) {
+      e |= kAcEntryEnd;
+    } else if (t.acRun[i] & kAcUnfinished) {
+      e |= length == 24 ? kAcEntryEscape | ((((t.acRun[i] & 0x3Fu) + 1u)) << 8) : kAcEntryLong;
+    } else {
+      e |= (t.acRun[i] + 1u) << 8;
+      e |= static_cast<uint32_t>(static_cast<uint16_t>(t.acLevel[i])) << 16;
+    }
+    t.acEntry[i] = e;
+  }
 }
 
 void Build(BlockDecodeTables& tables) {

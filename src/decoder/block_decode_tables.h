@@ -20,7 +20,19 @@ constexpr uint8_t kAcEndOfBlock = 0x80;  // in acLength: end of block, length in
 constexpr uint8_t kAcUnfinished = 0x80;  // in acRun: a long code or the escape follows
 constexpr int16_t kNoAcMark = 0x4000;    // at raster index 1: the block had no AC code
 
+// The AC table the block decoder walks: one 32-bit entry per 12-bit index,
+// so a short code costs one load. Bits 0..4 the code's length (0..24), then
+// three flags; bits 8..15 the scan step (run + 1; the escape's own run from
+// its index); bits 16..31 the level. A long code or the escape takes its run
+// or level from further bits, the flags say which.
+constexpr uint32_t kAcEntryLength = 0x1F;
+constexpr uint32_t kAcEntryEnd = 0x20;     // end of block
+constexpr uint32_t kAcEntryLong = 0x40;    // seven leading zeros: second-level table
+constexpr uint32_t kAcEntryEscape = 0x80;  // the escape: level in bits 12..23
+constexpr uint32_t kAcEntrySlow = kAcEntryEnd | kAcEntryLong | kAcEntryEscape;
+
 struct BlockDecodeTables {
+  uint32_t acEntry[4096];
   DcDecodeTables dcLuma;
   DcDecodeTables dcChroma;
   uint8_t acLength[4096];

@@ -42,14 +42,14 @@ class BitWindow {
 
   // With `offset` at most 40 the window holds 24 good bits, the longest code.
   // `offset` never exceeds 64 here, so one step back by a word is enough.
-  void Refill() {
+  VANTARO_FORCE_INLINE void Refill() {
     if (offset_ > 40) {
       ++wordIndex_;
       offset_ -= 32;
       window_ = stream_.Load64(wordIndex_ * 4) >> offset_;
     }
   }
-  void Consume(uint32_t n) {
+  VANTARO_FORCE_INLINE void Consume(uint32_t n) {
     offset_ += n;
     window_ >>= n;
   }
@@ -65,12 +65,13 @@ class BitWindow {
 
 // Reads one block's DC difference, AC codes and end of block into `block`,
 // which is already cleared. False when a run would carry the scan past 63:
-// the block memory would be left.
-inline bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, BitWindow& win,
-                        int16_t* block) {
+// the block memory would be left. Forced inline so that the window stays in
+// registers across a macroblock's blocks.
+VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc,
+                                      BitWindow& win, int16_t* block) {
   win.Refill();
-  uint32_t index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
   uint32_t w = static_cast<uint32_t>(win.Bits());
+  uint32_t index = w & 0xFFF;
   const uint32_t dcLength = dc.length[index];
   win.Consume(dcLength);
   if (dcLength < 12) {
@@ -82,35 +83,35 @@ inline bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, Bi
   }
 
   win.Refill();
-  uint32_t scanPos = 1;
-  index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
   w = static_cast<uint32_t>(win.Bits());
-  if (t.acLength[index] & kAcEndOfBlock) {
+  uint32_t e = t.acEntry[w & 0xFFF];
+  if (e & kAcEntryEnd) {
     block[1] = kNoAcMark;  // end of block straight after the DC: the transform's shortcut
   } else {
+    // scanPos counts one past the last position written; a step moves it by run + 1.
+    uint32_t scanPos = 0;
     do {
-      win.Consume(t.acLength[index]);
-      uint32_t run = t.acRun[index];
-      int32_t level;
-      if (!(run & kAcUnfinished)) {
-        level = t.acLevel[index];
-      } else if (!(index & 32)) {  // seven leading zeros: the second level
-        const uint32_t k = (w >> 7) & 0xFFF;
-        run = t.acLongRun[k];
-        level = t.acLongLevel[k];
-      } else {  // the escape: run from the index, biased level from bits 12..23
-        run &= 0x3F;
-        level = t.escapeLevel[(w >> 12) & 0xFFF];
+      uint32_t step = (e >> 8) & 0xFF;
+      int32_t level = static_cast<int16_t>(e >> 16);
+      if (e & (kAcEntryLong | kAcEntryEscape)) {
+        if (e & kAcEntryLong) {
+          const uint32_t k = (w >> 7) & 0xFFF;
+          step = t.acLongRun[k] + 1u;
+          level = t.acLongLevel[k];
+        } else {
+          level = t.escapeLevel[(w >> 12) & 0xFFF];
+        }
       }
-      if (scanPos + run > 63) return false;
-      block[t.scanOrder[scanPos + run]] = static_cast<int16_t>(level);
-      scanPos += run + 1;
+      win.Consume(e & kAcEntryLength);
+      scanPos += step;
+      if (scanPos > 63) return false;
+      block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
       win.Refill();
-      index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
       w = static_cast<uint32_t>(win.Bits());
-    } while (!(t.acLength[index] & kAcEndOfBlock));
+      e = t.acEntry[w & 0xFFF];
+    } while (!(e & kAcEntryEnd));
   }
-  win.Consume(t.acLength[index] & 0x7F);
+  win.Consume(e & kAcEntryLength);
   return true;
 }
 
