@@ -15,6 +15,8 @@ struct ForwardKernels {
   // Level shift of the DC, then each value times its reciprocal, rounded to
   // nearest even and clamped to 16 bits; in place.
   void (*quantise)(int16_t* block, const float* reciprocals);
+  // Bit k set where block[k] is not zero; 64 values, 16-byte aligned.
+  uint64_t (*nonZeroMask)(const int16_t* block);
 };
 
 // One source line of a macroblock, 16 pixels wide, unpacked to samples.
