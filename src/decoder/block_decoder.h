@@ -84,35 +84,46 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
 
   win.Refill();
   w = static_cast<uint32_t>(win.Bits());
-  uint32_t e = t.acEntry[w & 0xFFF];
-  if (e & kAcEntryEnd) {
+  uint64_t e = t.acPair[w & 0xFFF];
+  if (e & kAcPairEnd) {
     block[1] = kNoAcMark;  // end of block straight after the DC: the transform's shortcut
-  } else {
-    // scanPos counts one past the last position written; a step moves it by run + 1.
-    uint32_t scanPos = 0;
-    do {
-      uint32_t step = (e >> 8) & 0xFF;
-      int32_t level = static_cast<int16_t>(e >> 16);
-      if (e & (kAcEntryLong | kAcEntryEscape)) {
-        if (e & kAcEntryLong) {
-          const uint32_t k = (w >> 7) & 0xFFF;
-          step = t.acLongRun[k] + 1u;
-          level = t.acLongLevel[k];
-        } else {
-          level = t.escapeLevel[(w >> 12) & 0xFFF];
-        }
+    win.Consume(static_cast<uint32_t>(e & kAcPairLength));
+    return true;
+  }
+  // scanPos is the last position written, the DC's 0 at first; a code moves
+  // it by its run + 1.
+  uint32_t scanPos = 0;
+  for (;;) {
+    win.Consume(static_cast<uint32_t>(e & kAcPairLength));
+    if (e & kAcPairSlow) {
+      if (e & kAcPairEnd) return true;
+      uint32_t step;
+      int32_t level;
+      if (e & kAcPairLong) {
+        const uint32_t k = (w >> 7) & 0xFFF;
+        step = t.acLongRun[k] + 1u;
+        level = t.acLongLevel[k];
+      } else {
+        step = static_cast<uint32_t>(e >> 16) & 0xFF;
+        level = t.escapeLevel[(w >> 12) & 0xFFF];
       }
-      win.Consume(e & kAcEntryLength);
       scanPos += step;
       if (scanPos > 63) return false;
       block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
-      win.Refill();
-      w = static_cast<uint32_t>(win.Bits());
-      e = t.acEntry[w & 0xFFF];
-    } while (!(e & kAcEntryEnd));
+    } else {
+      // Second code first: without one its step is 0 and the first's level
+      // lands on the same place after it.
+      const uint32_t first = scanPos + (static_cast<uint32_t>(e >> 16) & 0xFF);
+      scanPos = first + (static_cast<uint32_t>(e >> 24) & 0xFF);
+      if (scanPos > 63) return false;
+      block[t.scanOrder[scanPos]] = static_cast<int16_t>(e >> 48);
+      block[t.scanOrder[first]] = static_cast<int16_t>(e >> 32);
+      if (e & kAcPairThenEnd) return true;
+    }
+    win.Refill();
+    w = static_cast<uint32_t>(win.Bits());
+    e = t.acPair[w & 0xFFF];
   }
-  win.Consume(e & kAcEntryLength);
-  return true;
 }
 
 // Decodes the blocks of `Order` in stream order; `bitPos` moves past them.
