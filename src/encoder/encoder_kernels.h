@@ -3,6 +3,7 @@
 // ones a walk runs.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "codec/kernels.h"
@@ -38,6 +39,12 @@ struct LoaderKernels {
   void (*ayuv)(const uint8_t* source, LineSamples& out);   // 64 bytes; y and a from byte 0
   void (*rgb24)(const uint8_t* source, LineSamples& out);  // 48 bytes: B G R
   void (*rgb32)(const uint8_t* source, LineSamples& out);  // 64 bytes: B G R A
+  // `lines` lines of packed 4:2:2 (32 bytes each, `lineDistance` apart)
+  // straight into a 4:2:2 macroblock's strips: line r's luma to yLeft + 8r
+  // and yRight + 8r, its U and V to u + 8r and v + 8r. [0] reads Y U Y V,
+  // [1] U Y V Y; the same samples as yuy2 and uyvy.
+  void (*packed422Rows[2])(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft, int16_t* yRight,
+                           int16_t* u, int16_t* v, int32_t lines);
 };
 
 extern const ForwardKernels kForwardKernelsScalar;
