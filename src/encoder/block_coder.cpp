@@ -19,35 +19,44 @@ constexpr uint8_t kIdentityOrder[64] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  
 
 // The writer's state lives in locals for the block: every store goes through
 // a byte pointer, which may alias anything the compiler keeps in memory.
-// Each code is the PutCode store, so the bytes match PutCode's exactly.
+// Codes gather in a 64-bit accumulator stored 32 bits at a time; the end of
+// block goes through PutCode, so the bytes left behind, the zeros past the
+// last bit included, are exactly those of a PutCode per code.
 // `ac` has a bit per non-zero scan position 1..63; coefficient s is
 // values[order[s]].
 VANTARO_FORCE_INLINE void EncodeCodes(const DcCodeTable& dc, int32_t dcDifference, const int16_t* values,
                                       const uint8_t* order, uint64_t ac, BitWriter& writer) {
   const GlobalTables& tables = Tables();
-  uint8_t* const buffer = writer.buffer;
-  uint32_t carry = writer.carry;
-  uint32_t bitPos = writer.bitPos;
+  uint8_t* out = writer.buffer + (writer.bitPos >> 3);
+  uint64_t bits = writer.carry;      // bits not yet stored, from `out` on
+  uint32_t fill = writer.bitPos & 7;  // how many
   const auto put = [&](uint32_t code, uint32_t length) {
-    const uint32_t offset = bitPos & 7;
-    const uint32_t word = carry | (code << offset);
-    StoreLe32(buffer + (bitPos >> 3), word);
-    carry = word >> ((offset + length) & ~7u);
-    bitPos += length;
+    bits |= static_cast<uint64_t>(code) << fill;
+    fill += length;
+    if (fill >= 32) {
+      StoreLe32(out, static_cast<uint32_t>(bits));
+      out += 4;
+      bits >>= 32;
+      fill -= 32;
+    }
   };
   const uint32_t dcIndex = static_cast<uint32_t>(dcDifference + 2048);
   put(dc.code[dcIndex], dc.length[dcIndex]);
+  const uint32_t* const acRows = &tables.acCode[0][2048];  // [run << 12 | level], level signed
   uint32_t runStart = 1;  // the scan position the next run counts from
   while (ac != 0) {
     const uint32_t position = static_cast<uint32_t>(std::countr_zero(ac));
     ac &= ac - 1;
-    const uint32_t entry = tables.acCode[position - runStart][values[order[position]] + 2048];
+    const uint32_t entry = acRows[static_cast<int32_t>((position - runStart) << 12) + values[order[position]]];
     put(entry >> 8, entry & 255u);
     runStart = position + 1;
   }
-  put(kEndOfBlock, kEndOfBlockLength);
-  writer.carry = carry;
-  writer.bitPos = bitPos;
+  // Fewer than 32 bits left: stored whole, they reach no further than the
+  // end of block's own store will.
+  StoreLe32(out, static_cast<uint32_t>(bits));
+  writer.bitPos = static_cast<uint32_t>(out - writer.buffer) * 8 + fill;
+  writer.carry = static_cast<uint32_t>(bits) >> (fill & ~7u);
+  PutCode(writer, kEndOfBlock, kEndOfBlockLength);
 }
 
 void EncodeScannedBlock(const DcCodeTable& dc, const int16_t* block, BitWriter& writer) {
