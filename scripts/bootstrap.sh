@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs whatever the build needs and this machine lacks (Debian 12);
-# `--bench` adds what the benchmarks need (Google Benchmark, libpng).
+# Installs whatever the build needs and this machine lacks (Debian 12): the
+# compiler and build tools, GoogleTest, and libpng for the vantaro tool's PNG
+# input and output; `--bench` adds Google Benchmark.
 set -euo pipefail
 
 need=()
@@ -8,10 +9,10 @@ command -v cmake >/dev/null 2>&1 || need+=(cmake)
 command -v ninja >/dev/null 2>&1 || need+=(ninja-build)
 command -v g++ >/dev/null 2>&1 || need+=(g++)
 [ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
+[ -f /usr/include/png.h ] || need+=(libpng-dev)
+[ -f /usr/include/zlib.h ] || need+=(zlib1g-dev)
 if [ "${1:-}" = "--bench" ]; then
   [ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)
-  [ -f /usr/include/png.h ] || need+=(libpng-dev)
-  [ -f /usr/include/zlib.h ] || need+=(zlib1g-dev)
 fi
 
 if [ ${#need[@]} -gt 0 ]; then

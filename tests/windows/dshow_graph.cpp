@@ -9,7 +9,10 @@
 #include <vector>
 
 #include "check.h"
-#include "graph_filters.h"
+#include <windows.h>
+#include <dshow.h>
+
+#include "graph_endpoints.h"
 #include "sample_frames.h"
 
 // In libstrmiids.a, declared by no MinGW-w64 header.
@@ -18,9 +21,10 @@ extern "C" const CLSID CLSID_NullRenderer;
 namespace {
 
 using namespace sample_frames;
-using graph_test::CaptureSink;
-using graph_test::FilterBase;
-using graph_test::PushSource;
+using graph_test::Endpoint;
+
+IBaseFilter* FilterOf(const Endpoint& e) { return static_cast<IBaseFilter*>(e.filter); }
+IPin* PinOf(const Endpoint& e) { return static_cast<IPin*>(e.pin); }
 
 // The decoder's class id is VTQ0's media subtype.
 const CLSID kDecoderClass{0x30515456, 0x0000, 0x0010,
@@ -96,7 +100,7 @@ CLSID PeerClass(IPin* pin) {
 
 // Runs the graph, pushes the frames, and stops it. Wine may leave filters it
 // paused running when a start fails half-way, so ours are stopped here too.
-void RunAndDeliver(IGraphBuilder* graph, PushSource* source, FilterBase* sink,
+void RunAndDeliver(IGraphBuilder* graph, const Endpoint& source, IBaseFilter* sink,
                    const std::vector<std::vector<uint8_t>>& frames, bool waitForCompletion) {
   IMediaControl* control = nullptr;
   IMediaEvent* events = nullptr;
@@ -114,7 +118,7 @@ void RunAndDeliver(IGraphBuilder* graph, PushSource* source, FilterBase* sink,
   if (EXPECT(SUCCEEDED(started)) &&
       EXPECT((reached == S_OK || reached == VFW_S_STATE_INTERMEDIATE) &&
              state == State_Running)) {
-    EXPECT(source->Deliver(frames) == S_OK);
+    EXPECT(graph_test::Deliver(source, frames) == S_OK);
     EXPECT(control->GetState(5000, &state) == S_OK && state == State_Running);
     if (waitForCompletion) {
       LONG code = 0;
@@ -122,7 +126,7 @@ void RunAndDeliver(IGraphBuilder* graph, PushSource* source, FilterBase* sink,
     }
   }
   control->Stop();
-  source->Stop();
+  FilterOf(source)->Stop();
   if (sink != nullptr) sink->Stop();
   events->Release();
   control->Release();
@@ -140,28 +144,29 @@ void IntelligentConnect(const std::vector<std::vector<uint8_t>>& frames,
                         const std::string& directory) {
   IGraphBuilder* graph = NewGraph();
   if (graph == nullptr) return;
-  auto* source = new PushSource(kGraphFourCC, kWidth, kHeight, kGraphFrameRoom);
-  auto* sink = new CaptureSink(kWidth, kHeight);
-  EXPECT(graph->AddFilter(source, L"Source") == S_OK);
-  EXPECT(graph->AddFilter(sink, L"Sink") == S_OK);
+  const Endpoint source = graph_test::NewPushSource(kGraphFourCC, kWidth, kHeight);
+  const Endpoint sink = graph_test::NewYuy2Sink();
+  EXPECT(graph->AddFilter(FilterOf(source), L"Source") == S_OK);
+  EXPECT(graph->AddFilter(FilterOf(sink), L"Sink") == S_OK);
   // Both ends must meet our decoder: not a direct link, and not the system's
   // own decompressor wrapping the codec's compression driver.
-  if (EXPECT(graph->Connect(source->ThePin(), sink->ThePin()) == S_OK) &&
-      EXPECT(PeerClass(source->ThePin()) == kDecoderClass) &&
-      EXPECT(PeerClass(sink->ThePin()) == kDecoderClass)) {
-    RunAndDeliver(graph, source, sink, frames, false);
-    EXPECT(sink->SawEndOfStream());
-    EXPECT(sink->Samples().size() == frames.size());
-    for (size_t f = 0; f < sink->Samples().size(); ++f) {
-      const std::vector<uint8_t>& picture = sink->Samples()[f];
+  if (EXPECT(graph->Connect(PinOf(source), PinOf(sink)) == S_OK) &&
+      EXPECT(PeerClass(PinOf(source)) == kDecoderClass) &&
+      EXPECT(PeerClass(PinOf(sink)) == kDecoderClass)) {
+    RunAndDeliver(graph, source, FilterOf(sink), frames, false);
+    EXPECT(graph_test::SawEndOfStream(sink));
+    const auto pictures = graph_test::Received(sink);
+    EXPECT(pictures.size() == frames.size());
+    for (size_t f = 0; f < pictures.size(); ++f) {
+      const std::vector<uint8_t>& picture = pictures[f];
       EXPECT(picture.size() == FrameBytes(kYuy2));
       EXPECT(WriteResult(directory, "graph_" + std::to_string(f) + ".picture", picture.data(),
                          picture.size()));
     }
   }
   graph->Release();
-  source->Release();
-  sink->Release();
+  FilterOf(source)->Release();
+  FilterOf(sink)->Release();
 }
 
 // The decoder made by class id, through the registration, into the system's
@@ -171,19 +176,19 @@ void NullRenderer(const std::vector<std::vector<uint8_t>>& frames) {
   if (graph == nullptr) return;
   IBaseFilter* decoder = nullptr;
   IBaseFilter* renderer = nullptr;
-  auto* source = new PushSource(kGraphFourCC, kWidth, kHeight, kGraphFrameRoom);
+  const Endpoint source = graph_test::NewPushSource(kGraphFourCC, kWidth, kHeight);
   if (EXPECT(SUCCEEDED(CoCreateInstance(kDecoderClass, nullptr, CLSCTX_INPROC_SERVER,
                                         IID_IBaseFilter, reinterpret_cast<void**>(&decoder)))) &&
       EXPECT(SUCCEEDED(CoCreateInstance(CLSID_NullRenderer, nullptr, CLSCTX_INPROC_SERVER,
                                         IID_IBaseFilter, reinterpret_cast<void**>(&renderer))))) {
-    EXPECT(graph->AddFilter(source, L"Source") == S_OK);
+    EXPECT(graph->AddFilter(FilterOf(source), L"Source") == S_OK);
     EXPECT(graph->AddFilter(decoder, L"Decoder") == S_OK);
     EXPECT(graph->AddFilter(renderer, L"Null Renderer") == S_OK);
     IPin* decoderIn = PinOf(decoder, PINDIR_INPUT);
     IPin* decoderOut = PinOf(decoder, PINDIR_OUTPUT);
     IPin* rendererIn = PinOf(renderer, PINDIR_INPUT);
     if (EXPECT(decoderIn && decoderOut && rendererIn) &&
-        EXPECT(graph->ConnectDirect(source->ThePin(), decoderIn, nullptr) == S_OK) &&
+        EXPECT(graph->ConnectDirect(PinOf(source), decoderIn, nullptr) == S_OK) &&
         EXPECT(graph->ConnectDirect(decoderOut, rendererIn, nullptr) == S_OK)) {
       RunAndDeliver(graph, source, nullptr, frames, true);
     }
@@ -194,7 +199,7 @@ void NullRenderer(const std::vector<std::vector<uint8_t>>& frames) {
   graph->Release();
   if (renderer != nullptr) renderer->Release();
   if (decoder != nullptr) decoder->Release();
-  source->Release();
+  FilterOf(source)->Release();
 }
 
 }  // namespace

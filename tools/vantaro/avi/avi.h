@@ -38,8 +38,10 @@ public:
     uint64_t frames() const { return total_frames_; }
 
 private:
+    // Eight bytes a frame, and only for the current segment: a segment stays
+    // under 4 GiB, so an offset from its start fits in 32 bits.
     struct Entry {
-        uint64_t offset;  // of the chunk's data
+        uint32_t offset;  // of the chunk's data, from riff_start_
         uint32_t size;
     };
     void begin_segment();

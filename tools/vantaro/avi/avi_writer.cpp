@@ -10,6 +10,7 @@ constexpr uint32_t kKeyFrame = 0x10;        // AVIIF_KEYFRAME in idx1
 constexpr uint32_t kHasIndex = 0x10;        // AVIF_HASINDEX
 constexpr uint32_t kSuperEntries = 256;     // ix00 slots: 256 GiB at 1 GiB a segment
 const uint32_t kFrameId = fourcc("00dc");
+constexpr uint64_t kMaxSegment = uint64_t(0xffffffffu) - (uint64_t(1) << 24);  // RIFF sizes are 32-bit
 
 // Field geometry of the OpenDML video properties chunk: a frame of two
 // fields holds half its lines in each, the second starting a line lower when
@@ -42,7 +43,7 @@ void pack_vprp(Packer& p, const AviVideo& v) {
 }  // namespace
 
 AviWriter::AviWriter(File& out, const AviVideo& video, uint64_t riff_limit)
-    : out_(out), video_(video), riff_limit_(riff_limit) {
+    : out_(out), video_(video), riff_limit_(riff_limit < kMaxSegment ? riff_limit : kMaxSegment) {
     video_.fourcc = fourcc_upper(video_.fourcc);
     write_headers();
 }
@@ -186,7 +187,7 @@ void AviWriter::add_frame(const uint8_t* data, uint32_t size) {
     h.u32(kFrameId);
     h.u32(size);
     out_.write(h.bytes.data(), 8);
-    segment_.push_back({out_.tell(), size});
+    segment_.push_back({uint32_t(out_.tell() - riff_start_), size});
     out_.write(data, size);
     if (size & 1) out_.write("", 1);
     ++total_frames_;
@@ -211,7 +212,7 @@ void AviWriter::end_segment() {
     ix.u64(base);
     ix.u32(0);
     for (const Entry& e : segment_) {
-        ix.u32(uint32_t(e.offset - base));
+        ix.u32(e.offset);
         ix.u32(e.size);  // bit 31 clear: a key frame
     }
     out_.write(ix.bytes.data(), ix.bytes.size());
@@ -229,7 +230,7 @@ void AviWriter::end_segment() {
         for (const Entry& e : segment_) {
             idx.u32(kFrameId);
             idx.u32(kKeyFrame);
-            idx.u32(uint32_t(e.offset - 8 - (movi_start_ + 8)));
+            idx.u32(uint32_t(riff_start_ + e.offset - 8 - (movi_start_ + 8)));
             idx.u32(e.size);
         }
         out_.write(idx.bytes.data(), idx.bytes.size());

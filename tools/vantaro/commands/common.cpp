@@ -1,6 +1,7 @@
 #include "commands/common.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
@@ -73,7 +74,11 @@ Args parse_args(int argc, char** argv, const std::vector<std::string>& flags,
     };
     for (int i = 0; i < argc; ++i) {
         std::string s = argv[i];
-        if (s.size() > 1 && s[0] == '-') {
+        const size_t equals = s.find('=');
+        if (s.size() > 2 && s[0] == '-' && s[1] == '-' && equals != std::string::npos &&
+            listed(valued, s.substr(0, equals))) {
+            a.options.emplace_back(s.substr(0, equals), s.substr(equals + 1));  // --quality=90
+        } else if (s.size() > 1 && s[0] == '-') {
             if (listed(flags, s)) {
                 a.options.emplace_back(s, "");
             } else if (listed(valued, s)) {
@@ -90,8 +95,9 @@ Args parse_args(int argc, char** argv, const std::vector<std::string>& flags,
 }
 
 int32_t default_threads() {
+    // The cores, within what --threads accepts: each worker holds a frame.
     const unsigned n = std::thread::hardware_concurrency();
-    return n ? int32_t(n) : 1;
+    return n ? int32_t(std::min(n, 64u)) : 1;
 }
 
 void run_batch(int32_t threads, size_t count, const std::function<void(size_t, size_t)>& work) {
@@ -123,10 +129,13 @@ void Progress::frame_done(uint64_t bytes) {
     last_ = now;
     shown_ = true;
     const double fps = frames_ / run;
+    // A Y4M file's total is an estimate (FRAME lines may carry parameters):
+    // past it, the count goes on alone.
+    const bool known = total_ >= frames_;
     std::fprintf(stderr, "\r%llu", (unsigned long long)frames_);
-    if (total_) std::fprintf(stderr, "/%llu", (unsigned long long)total_);
+    if (known && total_) std::fprintf(stderr, "/%llu", (unsigned long long)total_);
     std::fprintf(stderr, " frames, %.1f fps", fps);
-    if (total_ && fps > 0) std::fprintf(stderr, ", ETA %.0f s", (total_ - frames_) / fps);
+    if (known && total_ && fps > 0) std::fprintf(stderr, ", ETA %.0f s", double(total_ - frames_) / fps);
     std::fprintf(stderr, "   ");
 }
 
@@ -139,12 +148,13 @@ void Progress::finish(const std::string& verb, uint64_t pixels) {
                  (unsigned long long)frames_, (unsigned long long)bytes_, bpp, run > 0 ? frames_ / run : 0.0);
 }
 
-std::string status_text(vantaro_status s) { return vantaro_status_string(s); }
-
-void yuv_to_rgb(uint8_t y, uint8_t u, uint8_t v, uint8_t* rgb) {
-    const double l = 1.164 * (y - 16), cb = u - 128.0, cr = v - 128.0;
-    const double c[3] = {l + 1.596 * cr, l - 0.392 * cb - 0.813 * cr, l + 2.017 * cb};
-    for (int i = 0; i < 3; ++i) rgb[i] = uint8_t(std::clamp(c[i] + 0.5, 0.0, 255.0));
+bool ends_with_nocase(const std::string& s, const std::string& tail) {
+    if (s.size() < tail.size()) return false;
+    for (size_t i = 0; i < tail.size(); ++i)
+        if (std::tolower(uint8_t(s[s.size() - tail.size() + i])) != tail[i]) return false;
+    return true;
 }
+
+std::string status_text(vantaro_status s) { return vantaro_status_string(s); }
 
 }  // namespace vantaro::tool

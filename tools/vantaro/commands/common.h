@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "convert/colour.h"
+#include "io/pipeline.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::tool {
@@ -33,7 +35,8 @@ struct Args {
     std::string value(const std::string& name, const std::string& fallback = "") const;
     int32_t number(const std::string& name, int32_t fallback, int32_t low, int32_t high) const;
 };
-// `flags` take no value; every other --option takes the next argument.
+// `flags` take no value; every other --option takes the next argument, or
+// the text after "=" (--quality=90).
 Args parse_args(int argc, char** argv, const std::vector<std::string>& flags,
                 const std::vector<std::string>& valued);
 
@@ -43,7 +46,8 @@ int32_t default_threads();
 // slot < threads naming the worker's own handles.
 void run_batch(int32_t threads, size_t count, const std::function<void(size_t, size_t)>& work);
 
-// Progress on a terminal once a job has run a second, then a summary line.
+// Progress on a terminal once a job has run a second, then a summary line;
+// `total_frames` is 0 when unknown, and may be an estimate.
 class Progress {
 public:
     Progress(bool quiet, uint64_t total_frames);
@@ -60,7 +64,7 @@ private:
 
 std::string status_text(vantaro_status s);
 
-// One pixel from studio-range BT.601 Y'CbCr to R, G, B (red first).
-void yuv_to_rgb(uint8_t y, uint8_t u, uint8_t v, uint8_t* rgb);
+// `tail` in lower case: ".png" matches "shot.PNG".
+bool ends_with_nocase(const std::string& s, const std::string& tail);
 
 }  // namespace vantaro::tool

@@ -1,6 +1,8 @@
 #include "io/file.h"
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <sys/types.h>
 #include <unistd.h>
@@ -9,6 +11,42 @@ namespace vantaro::tool {
 
 namespace {
 std::string reason() { return std::strerror(errno); }
+
+// Temporary outputs an interrupt must not leave behind. The handler may only
+// read what is fully written: a slot's path is set before it is marked in use.
+constexpr int kSlots = 8;
+constexpr size_t kPathBytes = 4096;
+char g_temp_paths[kSlots][kPathBytes];
+volatile std::sig_atomic_t g_temp_used[kSlots];
+
+extern "C" void remove_temps_and_die(int sig) {
+    for (int i = 0; i < kSlots; ++i)
+        if (g_temp_used[i]) unlink(g_temp_paths[i]);
+    std::signal(sig, SIG_DFL);
+    std::raise(sig);
+}
+
+int register_temp(const std::string& path) {
+    static const bool installed = [] {
+        for (int sig : {SIGINT, SIGTERM, SIGHUP}) std::signal(sig, remove_temps_and_die);
+        return true;
+    }();
+    (void)installed;
+    if (path.size() >= kPathBytes) return -1;
+    for (int i = 0; i < kSlots; ++i)
+        if (!g_temp_used[i]) {
+            std::memcpy(g_temp_paths[i], path.c_str(), path.size() + 1);
+            std::atomic_signal_fence(std::memory_order_release);
+            g_temp_used[i] = 1;
+            return i;
+        }
+    return -1;
+}
+
+void unregister_temp(int slot) {
+    if (slot >= 0) g_temp_used[slot] = 0;
+}
+
 }  // namespace
 
 File& File::operator=(File&& o) noexcept {
@@ -96,16 +134,19 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     temp_ = path + ".part-" + std::to_string(getpid());
     std::FILE* f = std::fopen(temp_.c_str(), "wb");
     if (!f) throw UserError(path + ": cannot create: " + reason());
+    signal_slot_ = register_temp(temp_);
     file_ = File(f, path, true);
 }
 
 OutputFile::~OutputFile() {
-    if (committed_ || temp_.empty()) return;
-    try {
-        file_.close();
-    } catch (const UserError&) {
+    if (!committed_ && !temp_.empty()) {
+        try {
+            file_.close();
+        } catch (const UserError&) {
+        }
+        std::remove(temp_.c_str());
     }
-    std::remove(temp_.c_str());
+    unregister_temp(signal_slot_);
 }
 
 void OutputFile::commit() {
@@ -115,6 +156,9 @@ void OutputFile::commit() {
         std::remove(temp_.c_str());
         throw UserError(path_ + ": cannot create: " + why);
     }
+    // Only now: an interrupt before the rename still removes the temporary.
+    unregister_temp(signal_slot_);
+    signal_slot_ = -1;
     committed_ = true;
 }
 

@@ -43,7 +43,8 @@ private:
 };
 
 // The output under construction: a temporary file beside `path` (or standard
-// output for "-"), renamed over `path` by commit(); dropped otherwise.
+// output for "-"), renamed over `path` by commit(); dropped otherwise, and
+// also when the program is interrupted (SIGINT, SIGTERM, SIGHUP).
 class OutputFile {
 public:
     explicit OutputFile(const std::string& path);
@@ -58,6 +59,7 @@ private:
     std::string temp_;
     File file_;
     bool committed_ = false;
+    int signal_slot_ = -1;
 };
 
 }  // namespace vantaro::tool

@@ -1,0 +1,147 @@
+// PNG in and out below the command line: the colour matrix both ways, the
+// reader's conversions of every PNG flavour, numbered names and sequences.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "convert/colour.h"
+#include "input/png_reader.h"
+#include "io/number_pattern.h"
+#include "png_maker.h"
+
+namespace vantaro::tool {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::MakePng;
+using testing::PngPlan;
+
+fs::path Dir() {
+    const fs::path d = fs::temp_directory_path() / "vantaro_png_test" /
+                       ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    fs::remove_all(d);
+    fs::create_directories(d);
+    return d;
+}
+
+TEST(Colour, RgbToYuvAndBackStaysWithinTwoSteps) {
+    uint8_t y, u, v, back[3];
+    int worst = 0;
+    for (int r = 0; r < 256; r += 15)
+        for (int g = 0; g < 256; g += 15)
+            for (int b = 0; b < 256; b += 15) {
+                const uint8_t rgb[3] = {uint8_t(r), uint8_t(g), uint8_t(b)};
+                rgb_to_yuv(rgb, y, u, v);
+                yuv_to_rgb(y, u, v, back);
+                for (int c = 0; c < 3; ++c) worst = std::max(worst, std::abs(int(back[c]) - int(rgb[c])));
+            }
+    EXPECT_LE(worst, 2);
+    // Studio range: grey keeps chroma neutral, black and white sit at 16 and 235.
+    for (int g = 0; g < 256; ++g) {
+        const uint8_t rgb[3] = {uint8_t(g), uint8_t(g), uint8_t(g)};
+        rgb_to_yuv(rgb, y, u, v);
+        ASSERT_EQ(u, 128);
+        ASSERT_EQ(v, 128);
+        if (g == 0) {
+            EXPECT_EQ(y, 16);
+        } else if (g == 255) {
+            EXPECT_EQ(y, 235);
+        }
+    }
+    const uint8_t red[3] = {255, 0, 0};
+    rgb_to_yuv(red, y, u, v);
+    EXPECT_EQ(v, 240);
+}
+
+TEST(Colour, RunsGiveThePixelFormulasBytes) {
+    // Every Y' and Cb pair, Cr mixed in, as one run each for RGB and RGBA.
+    std::vector<uint8_t> y, u, v, a;
+    for (int cy = 0; cy < 256; ++cy)
+        for (int cb = 0; cb < 256; ++cb) {
+            y.push_back(uint8_t(cy));
+            u.push_back(uint8_t(cb));
+            v.push_back(uint8_t((cy * 7 + cb * 13) & 255));
+            a.push_back(uint8_t(cy ^ cb));
+        }
+    for (size_t step : {3u, 4u}) {
+        std::vector<uint8_t> run(y.size() * step), one(3);
+        yuv_to_rgb_run(y.data(), u.data(), v.data(), a.data(), y.size(), step, run.data());
+        for (size_t i = 0; i < y.size(); ++i) {
+            yuv_to_rgb(y[i], u[i], v[i], one.data());
+            ASSERT_EQ(std::vector<uint8_t>(run.begin() + long(i * step), run.begin() + long(i * step + 3)), one) << i;
+            if (step == 4) {
+                ASSERT_EQ(run[i * 4 + 3], a[i]);
+            }
+        }
+    }
+}
+
+TEST(NumberPattern, NamesAndRefusals) {
+    const struct {
+        const char* pattern;
+        uint64_t n;
+        const char* name;
+    } names[] = {{"a_%d.png", 7, "a_7.png"},     {"a_%04d.png", 7, "a_0007.png"}, {"%3d.png", 7, "  7.png"},
+                 {"100%%_%02d.png", 3, "100%_03.png"}, {"f%d", 12345, "f12345"}};
+    for (const auto& c : names) {
+        EXPECT_TRUE(NumberPattern::is_pattern(c.pattern)) << c.pattern;
+        EXPECT_EQ(NumberPattern(c.pattern).name(c.n), c.name);
+    }
+    for (const char* plain : {"100%.png", "a_%s.png", "100%%d.png", "plain.png"}) {
+        EXPECT_FALSE(NumberPattern::is_pattern(plain)) << plain;
+        EXPECT_THROW(NumberPattern{plain}, UserError) << plain;
+    }
+    EXPECT_THROW(NumberPattern("a_%d_%d.png"), UserError);
+}
+
+TEST(PngReader, EveryFlavourBecomesEightBitGreyOrRgbWithAlphaWhenPresent) {
+    const fs::path d = Dir();
+    const png_color pal[2] = {{10, 20, 30}, {200, 100, 50}};
+    const struct Case {
+        const char* what;
+        PngPlan plan;
+        int channels;
+        std::vector<uint8_t> pixels;  // 3x1
+    } cases[] = {
+        {"grey", {3, 1, PNG_COLOR_TYPE_GRAY, 8, {0, 128, 255}, {}, {}, -1}, 1, {0, 128, 255}},
+        {"grey 1-bit", {3, 1, PNG_COLOR_TYPE_GRAY, 1, {1, 0, 1}, {}, {}, -1}, 1, {255, 0, 255}},
+        {"grey with a key", {3, 1, PNG_COLOR_TYPE_GRAY, 8, {5, 9, 5}, {}, {}, 9}, 2, {5, 255, 9, 0, 5, 255}},
+        {"grey+alpha", {3, 1, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {1, 2, 3, 4, 5, 6}, {}, {}, -1}, 2, {1, 2, 3, 4, 5, 6}},
+        {"rgb 16-bit", {3, 1, PNG_COLOR_TYPE_RGB, 16, {0, 257 * 9 + 100, 65535, 257, 514, 771, 65535, 0, 25700}, {}, {}, -1},
+         3, {0, 9, 255, 1, 2, 3, 255, 0, 100}},
+        {"rgba", {3, 1, PNG_COLOR_TYPE_RGB_ALPHA, 8, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, {}, {}, -1}, 4,
+         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
+        {"palette", {3, 1, PNG_COLOR_TYPE_PALETTE, 8, {1, 0, 1}, {pal[0], pal[1]}, {}, -1}, 3,
+         {200, 100, 50, 10, 20, 30, 200, 100, 50}},
+        {"palette with alphas", {3, 1, PNG_COLOR_TYPE_PALETTE, 2, {1, 0, 1}, {pal[0], pal[1]}, {0, 128}, -1}, 4,
+         {200, 100, 50, 128, 10, 20, 30, 0, 200, 100, 50, 128}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::string path = (d / "p.png").string();
+        ASSERT_TRUE(MakePng(path, c.plan));
+        const PngPicture p = read_png(path);
+        EXPECT_EQ(p.width, 3);
+        EXPECT_EQ(p.height, 1);
+        EXPECT_EQ(p.channels, c.channels);
+        EXPECT_EQ(p.pixels, c.pixels);
+    }
+}
+
+TEST(PngSequence, StartsAtZeroOrOneAndStopsAtAGap) {
+    const fs::path d = Dir();
+    for (const char* n : {"a_01.png", "a_02.png", "a_03.png", "a_05.png", "b0.png", "b1.png"})
+        ASSERT_TRUE(MakePng((d / n).string(), testing::Pattern(PNG_COLOR_TYPE_GRAY_ALPHA, 7, 5, 1)));
+    for (const auto& [pattern, count] : {std::pair{"a_%02d.png", 3u}, std::pair{"b%d.png", 2u}}) {
+        PngSequence s((d / pattern).string());
+        EXPECT_EQ(s.count(), count) << pattern;
+        EXPECT_EQ(s.format().chroma, Chroma::k444Alpha);
+        std::vector<uint8_t> frame;
+        for (unsigned i = 0; i < count; ++i) ASSERT_TRUE(s.read(frame));
+        EXPECT_EQ(frame.size(), 4u * 7 * 5);
+        EXPECT_FALSE(s.read(frame));
+    }
+}
+
+}  // namespace
+}  // namespace vantaro::tool
