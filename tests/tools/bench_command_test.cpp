@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <vector>
 
+#include "convert/colour.h"
+#include "png_maker.h"
 #include "vantaro/vantaro.h"
 
 #ifdef VANTARO_CLI_PATH
@@ -89,6 +91,47 @@ TEST(BenchCommand, PrintsEachChosenVariantWithTheLibrarysBitsPerPixel) {
     EXPECT_EQ(r.out.find("VTQ0"), std::string::npos) << "only the chosen variants run";
 }
 
+// A grey PNG with alpha: the reader's and the colour matrix's samples, so
+// VTQ5's bits a pixel must be the library's for the same YUVA 4:4:4 picture.
+TEST(BenchCommand, ReadsPngThroughTheToolsReaderAndMatrix) {
+    const fs::path d = Dir();
+    vantaro::tool::testing::PngPlan plan{kWidth, kHeight, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {}, {}, {}, -1};
+    for (int32_t i = 0; i < kWidth * kHeight; ++i) {
+        plan.samples.push_back(uint16_t((i * 5 + i / kWidth * 3) & 255));
+        plan.samples.push_back(uint16_t(i % kWidth < 40 ? 255 : 30));
+    }
+    ASSERT_TRUE(vantaro::tool::testing::MakePng((d / "in.png").string(), plan));
+    std::vector<uint8_t> bytes(vantaro_picture_size(VANTARO_FORMAT_YUVA444P, kWidth, kHeight));
+    vantaro_picture p{};
+    ASSERT_EQ(vantaro_picture_fill(&p, VANTARO_FORMAT_YUVA444P, kWidth, kHeight, bytes.data(), bytes.size()), VANTARO_OK);
+    for (int32_t y = 0; y < kHeight; ++y)
+        for (int32_t x = 0; x < kWidth; ++x) {
+            const size_t i = size_t(y) * kWidth + size_t(x);
+            const uint8_t g = uint8_t(plan.samples[2 * i]);
+            const uint8_t rgb[3] = {g, g, g};
+            vantaro::tool::rgb_to_yuv(rgb, p.planes[0][y * p.strides[0] + x], p.planes[1][y * p.strides[1] + x],
+                                      p.planes[2][y * p.strides[2] + x]);
+            p.planes[3][y * p.strides[3] + x] = uint8_t(plan.samples[2 * i + 1]);
+        }
+    const uint32_t fourcc = VTC_FOURCC('V', 'T', 'Q', '5');
+    vantaro_encoder* enc = nullptr;
+    ASSERT_EQ(vantaro_encoder_create(fourcc, kWidth, kHeight, 96, nullptr, &enc), VANTARO_OK);
+    std::vector<uint8_t> frame(vantaro_frame_bound(fourcc, kWidth, kHeight));
+    size_t written = 0;
+    EXPECT_EQ(vantaro_encode(enc, &p, frame.data(), frame.size(), &written), VANTARO_OK);
+    vantaro_encoder_destroy(enc);
+
+    const BenchRun r = Bench(d, (d / "in.png").string() + " --fourcc VTQ5");
+    ASSERT_EQ(r.code, 0) << r.out;
+    const size_t at = r.out.find("\nVTQ5 ");
+    ASSERT_NE(at, std::string::npos) << r.out;
+    std::istringstream line(r.out.substr(at + 1, r.out.find('\n', at + 1) - at - 1));
+    std::string variant, chroma;
+    double rates[4] = {}, bits = 0;
+    line >> variant >> chroma >> rates[0] >> rates[1] >> rates[2] >> rates[3] >> bits;
+    EXPECT_NEAR(bits, double(written) * 8.0 / (kWidth * kHeight), 0.0005);
+}
+
 TEST(BenchCommand, RefusesWhatItCannotRun) {
     const fs::path d = Dir();
     const struct {
@@ -98,7 +141,8 @@ TEST(BenchCommand, RefusesWhatItCannotRun) {
     } cases[] = {
         {"--fourcc VTQ6 x.png", 1, "not a Vantaro variant"},
         {"a.png b.png", 2, "at most one INPUT"},
-        {(d / "missing.png").string(), 1, "not a readable PNG"},
+        {(d / "missing.png").string(), 1, "cannot open"},
+        {(d / "in.y4m").string() + " --seconds 0", 1, "--seconds"},
         {"--threads 0 x.png", 1, "--threads"},
     };
     for (const auto& c : cases) {

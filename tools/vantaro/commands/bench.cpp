@@ -2,8 +2,6 @@
 // the shared 1080-line photographs or the user's own PNG or Y4M picture,
 // through the library's own planar door. The source is put in each
 // variant's own sampling before timing, so only the codec is measured.
-#include <png.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -13,6 +11,8 @@
 
 #include "commands/commands.h"
 #include "commands/common.h"
+#include "convert/colour.h"
+#include "input/png_reader.h"
 #include "input/y4m.h"
 
 namespace vantaro::tool {
@@ -27,30 +27,21 @@ struct Source {
     std::vector<uint8_t> y, u, v, a;
 };
 
-uint8_t clamp_byte(int32_t x) { return uint8_t(std::clamp(x, 0, 255)); }
-
+// Through the tool's PNG reader and its one colour matrix, as encode reads PNG.
 Source read_png_source(const std::string& path) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&image, path.c_str())) throw UserError(path + ": not a readable PNG");
-    image.format = PNG_FORMAT_RGBA;
-    std::vector<uint8_t> rgba(PNG_IMAGE_SIZE(image));
-    if (!png_image_finish_read(&image, nullptr, rgba.data(), 0, nullptr)) {
-        png_image_free(&image);
-        throw UserError(path + ": cannot decode the PNG");
-    }
+    const PngPicture png = read_png(path);
     Source s;
     s.name = path;
-    s.width = int32_t(image.width);
-    s.height = int32_t(image.height);
-    const size_t n = size_t(s.width) * size_t(s.height);
-    s.y.resize(n), s.u.resize(n), s.v.resize(n), s.a.resize(n);
-    for (size_t i = 0; i < n; ++i) {  // studio-range BT.601
-        const int32_t r = rgba[4 * i], g = rgba[4 * i + 1], b = rgba[4 * i + 2];
-        s.y[i] = clamp_byte((66 * r + 129 * g + 25 * b + 128 + 4096) >> 8);
-        s.u[i] = clamp_byte((-38 * r - 74 * g + 112 * b + 128 + 32768) >> 8);
-        s.v[i] = clamp_byte((112 * r - 94 * g - 18 * b + 128 + 32768) >> 8);
-        s.a[i] = rgba[4 * i + 3];
+    s.width = png.width;
+    s.height = png.height;
+    const size_t n = size_t(png.width) * size_t(png.height);
+    s.y.resize(n), s.u.resize(n), s.v.resize(n), s.a.assign(n, 255);
+    const size_t ch = size_t(png.channels);
+    for (size_t i = 0; i < n; ++i) {
+        const uint8_t* px = &png.pixels[i * ch];
+        const uint8_t rgb[3] = {px[0], ch >= 3 ? px[1] : px[0], ch >= 3 ? px[2] : px[0]};
+        rgb_to_yuv(rgb, s.y[i], s.u[i], s.v[i]);
+        if (ch == 2 || ch == 4) s.a[i] = px[ch - 1];
     }
     return s;
 }
