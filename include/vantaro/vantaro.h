@@ -13,16 +13,21 @@
  * functions': the same macroblock samples give the same bytes.
  *
  * Sizes. Any width and height from 1 to VANTARO_MAX_DIMENSION are accepted
- * and no pixel is lost. The stream's macroblock grid is 16 pixels wide and
- * covers lines in pairs, so the encoder codes the "coded size" (width rounded
- * up to a multiple of 16, height rounded up to a multiple of 2) from a picture
- * whose right column and bottom line are repeated outward, and the decoder
- * crops back. Such a stream is exactly what a decoder told the coded size
- * reads; vantaro_coded_size() gives it, for containers to record.
+ * for planar pictures and no pixel is lost. The stream's macroblock grid is
+ * 16 pixels wide and covers lines in pairs, so the encoder codes the "coded
+ * size" (width rounded up to a multiple of 16, height rounded up to a
+ * multiple of 2) from a picture whose right column and bottom line are
+ * repeated outward, and the decoder crops back. Such a stream is exactly what a decoder told the coded size
+ * reads; vantaro_coded_size() gives it, for containers to record. The packed
+ * and semi-planar layouts are coded as they stand and so need the coded size
+ * itself (see vantaro_encode()).
  *
  * Threads. The library's global tables are built once and read only; they
  * are all that instances share. A handle belongs to one thread at a time;
- * different handles may run on different threads at once.
+ * different handles may run on different threads at once. A handle created
+ * with options.threads above 1 runs a frame's eight slices on worker
+ * threads of its own (started at create, joined at destroy); the kernel
+ * choice (options.kernels) is process-wide while a call runs.
  */
 #ifndef VANTARO_VANTARO_H
 #define VANTARO_VANTARO_H
@@ -70,7 +75,18 @@ typedef enum vantaro_status {
     VANTARO_ERROR_DAMAGED = 11,          /* some slices could not be decoded whole; every
                                             other slice was; the report says which */
     VANTARO_ERROR_OUT_OF_MEMORY = 12,
-    VANTARO_ERROR_INTERNAL = 13
+    VANTARO_ERROR_INTERNAL = 13,
+    VANTARO_ERROR_BAD_STRIDE = 14,       /* a stride shorter than its plane's line, or
+                                            (NV*, YA*, UYVA) planes placed otherwise than
+                                            the layout's walks find them */
+    VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS = 15, /* a packed or semi-planar layout at a width
+                                            that is not a multiple of 16 or an odd height:
+                                            its walks move in whole macroblocks */
+    VANTARO_ERROR_ALPHA_MISMATCH = 16,   /* a packed layout with alpha into a variant
+                                            without, or the reverse */
+    VANTARO_ERROR_CANNOT_FEED = 17       /* a semi-planar layout (NV*, YA*) given to the
+                                            encoder: its loaders repeat two lines down each
+                                            macroblock and skip every other 16 columns */
 } vantaro_status;
 
 /* A short English description of a status, never null. Static storage. */
@@ -128,7 +144,11 @@ typedef struct vantaro_picture {
 #define VANTARO_MAX_DIMENSION 16384
 
 /* Bytes a tightly packed picture of this format and size takes (planes back
- * to back, strides equal to line lengths); 0 for an unknown format or size. */
+ * to back in the order of `planes`, strides equal to line lengths); 0 for an
+ * unknown format or size. Every format is covered. Lines holding U, V pairs
+ * round the width up to even; NV* and YA* second planes take the stride
+ * their walks derive from the main plane's, and UYVA's alpha plane follows
+ * its lines: a filled picture passes the door's stride checks. */
 VTC_API size_t vantaro_picture_size(vantaro_format format, int32_t width, int32_t height);
 /* Points `picture` at `buffer` laid out as vantaro_picture_size() counts it. */
 VTC_API vantaro_status vantaro_picture_fill(vantaro_picture* picture, vantaro_format format,
@@ -161,7 +181,9 @@ typedef enum vantaro_kernels {
 typedef struct vantaro_options {
     uint32_t size;           /* sizeof(vantaro_options) */
     int32_t threads;         /* slices coded side by side: 1 (default) uses the calling
-                                thread only, 0 one per processor core, at most 8 */
+                                thread only, 0 one per processor core, at most 8.
+                                The handle starts its threads at create and joins
+                                them at destroy; every count gives the same bytes */
     vantaro_kernels kernels; /* default VANTARO_KERNELS_AUTO */
 } vantaro_options;
 
@@ -185,15 +207,34 @@ VTC_API vantaro_status vantaro_encoder_create(uint32_t fourcc, int32_t width, in
 
 /*
  * Encodes one frame. The picture must have the encoder's width and height.
- * Its format may be any planar one (a chroma resolution other than the
- * variant's is converted: averaging down, repeating up; alpha is ignored by
- * variants without it and taken as opaque when absent). The packed and
- * semi-planar layouts answer VANTARO_ERROR_UNSUPPORTED_FORMAT in this
- * version; use the direct functions for them.
- * Known limit of this version: planar pictures reach the codec through 4:2:2
- * lines, so 4:2:2 is exact (the same bytes as UYVY through the direct
- * functions) while the 4:2:0 variants take their chroma from every other
- * line and the 4:4:4 variants code chroma at half horizontal resolution.
+ *
+ * Planar formats are read in place, any size, any signed strides. Chroma of
+ * the variant's family is taken as it stands: 4:2:2 planes into VTQ2 give
+ * the bytes UYVY lines of the same samples give through the direct
+ * functions. Another family is converted inside each macroblock:
+ *   4:4:4 -> 4:2:2: column pairs averaged, (a + b + 1) >> 1;
+ *   4:2:2 -> 4:2:0: pairs of a field's lines averaged, (a + b + 1) >> 1;
+ *   4:4:4 -> 4:2:0: the 2x2 box of both, (a + b + c + d + 2) >> 2;
+ *   4:2:0 -> 4:2:2 -> 4:4:4: each sample repeated.
+ * Frames are coded as two fields, so 4:2:0 planes are taken with interlaced
+ * siting: chroma line k belongs to field k & 1 (lines 0, 2, 4... to the
+ * even frame lines). Alpha comes from the alpha plane; variants without
+ * alpha ignore it, and a picture without one is opaque. The coded size's
+ * extra columns and line repeat the picture's last ones; nothing outside the
+ * planes is read.
+ *
+ * The packed layouts (YUY2, UYVY, UYVA, AYUV, RGB24, RGB32) go through the
+ * direct functions' loaders, with their sample arithmetic (AYUV takes luma
+ * and alpha from its first byte). They need a width that is a multiple of 16
+ * and an even height (VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS), alpha exactly
+ * when the variant has it (VANTARO_ERROR_ALPHA_MISMATCH), a stride that is
+ * a multiple of 8 (their loaders step lines by the field's stride rounded
+ * down to 16 bytes), and UYVA's alpha plane right behind lines of
+ * 2 * width bytes (else VANTARO_ERROR_BAD_STRIDE).
+ * The semi-planar layouts (NV*, YA*) cannot feed the encoder
+ * (VANTARO_ERROR_CANNOT_FEED): their loaders repeat two lines down each
+ * macroblock and skip every other 16 columns, as the direct functions keep.
+ *
  * Writes at most `capacity` bytes to `dst` and the frame's true length to
  * `*written`. On VANTARO_ERROR_BUFFER_TOO_SMALL nothing past `capacity` is
  * touched; vantaro_frame_bound() gives a capacity that always suffices.
@@ -218,13 +259,22 @@ VTC_API vantaro_status vantaro_decoder_create(uint32_t fourcc, int32_t width, in
 
 /*
  * Decodes one frame of `length` bytes into `picture`, which must have the
- * decoder's width and height and a planar format (chroma converted to the
- * asked resolution, alpha 255 where the stream has none); packed layouts
- * answer VANTARO_ERROR_UNSUPPORTED_FORMAT in this version.
- * Never reads past `length`, never writes outside the picture. Every sample
- * is clamped to 0..255. On VANTARO_ERROR_DAMAGED every slice but those named
- * in `report` (which may be null) was decoded; the lines of damaged slices
- * come out mid-grey.
+ * decoder's width and height. Planar formats receive the stream's chroma as
+ * it stands when the families match, else converted by the filters listed
+ * at vantaro_encode() (downward by the same averages, upward by
+ * repetition); every sample is clamped to 0..255, alpha is 255 where the
+ * stream has none, and the coded size's extra columns and line are cropped.
+ * All twelve packed and semi-planar layouts receive frames through the
+ * direct functions' stores and keep their sample arithmetic (chroma pairs
+ * unclamped, YA luma unclamped beside run/value alpha); they need a width
+ * that is a multiple of 16 and an even height, and the NV* and YA* chroma
+ * plane at the stride their walks derive from the main plane's (NV12, NV16,
+ * YA44: the same; NV24: twice; YA20, YA22: half), else VANTARO_ERROR_BAD_STRIDE.
+ * Never reads past `length`, never writes outside the picture. On
+ * VANTARO_ERROR_DAMAGED every slice but those named in `report` (which may
+ * be null) was decoded; in planar pictures the lines of damaged slices come
+ * out mid-grey (128 in every plane), in the other layouts they hold what
+ * the slice's decodable part left over the previous content.
  */
 VTC_API vantaro_status vantaro_decode(vantaro_decoder* decoder, const uint8_t* frame,
                                       size_t length, const vantaro_picture* picture,

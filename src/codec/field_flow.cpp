@@ -28,6 +28,8 @@ bool SliceHasMacroblocks(const CodecInstance& instance, uint32_t slice) {
   return instance.width / 16 > 0 && (rows.fullRows > 0 || rows.partialLines > 0);
 }
 
+}  // namespace
+
 // The slice steps: length placeholder, the walk, the length, byte alignment.
 Status EncodeSlice(const CodecInstance& instance, const Kernels& kernels, BitWriter& writer,
                    const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t slice) {
@@ -49,8 +51,6 @@ Status EncodeSlice(const CodecInstance& instance, const Kernels& kernels, BitWri
   SkipToByte(writer);
   return Status::kOk;
 }
-
-}  // namespace
 
 Status CompressField(CodecInstance* instance, uint8_t* stream, size_t capacity,
                      const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t field,
@@ -166,6 +166,7 @@ int64_t DecompressField(CodecInstance* instance, uint8_t* picture, uint8_t* chro
   if (arm == ChromaArm::kNone) return 0;
   const Kernels& kernels = ActiveKernels();
   for (uint32_t slice = 0; slice < kSlicesPerField; ++slice) {
+    if ((extent.slices >> slice & 1u) == 0) continue;
     if (static_cast<int>(slice) >= plan.faultAtSlice) {
       if (extent.damage != nullptr) {
         *extent.damage |= (0xFu << (4 * (field & 1))) & ~((1u << (4 * (field & 1) + slice)) - 1u);

@@ -5,12 +5,21 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codec/bit_stream.h"
 #include "codec/codec_instance.h"
+#include "codec/kernels.h"
 #include "codec/status.h"
 
 namespace vantaro {
 
 constexpr size_t kUnknownSize = SIZE_MAX;
+
+// Writes one slice at the writer's byte-aligned position: its 24-bit length,
+// its macroblocks, then alignment to the next byte. Its bytes depend on
+// nothing written before it, so slices may be written apart and joined.
+// kDoesNotFit when the writer's capacity is reached.
+Status EncodeSlice(const CodecInstance& instance, const Kernels& kernels, BitWriter& writer,
+                   const uint8_t* picture, const uint8_t* chroma, int32_t stride, uint32_t slice);
 
 // Writes one field. `stream` is the frame's start for both fields; field 0
 // writes the header, any other value reads the second-field offset the first
@@ -36,6 +45,8 @@ struct DecodeExtent {
   // Where set, a fault is not captured: the slice's bit (4 * field + slice)
   // is set here and the walk goes on with the next slice.
   uint32_t* damage = nullptr;
+  // The field's slices to decode (bit s for slice s); the rest are skipped.
+  uint32_t slices = 0xF;
 };
 
 // Reads one field from the frame at `stream`. Always answers 0. A decoding

@@ -38,15 +38,28 @@ enum ColorSpace : uint32_t {
   kCsRGB32 = 13,
 };
 constexpr uint32_t kColorSpaceCount = 14;
-// Rows of kLayouts: the colour spaces, then (as they arrive) the layouts only
-// the native API reaches. The walk tables cover the colour spaces.
-constexpr uint32_t kLayoutCount = kColorSpaceCount;
+
+// Layouts only the native API reaches: separate Y, U, V planes (and a
+// full-resolution alpha plane), each with its own signed stride. A walk over
+// one of them is handed a PlaneField (codec/layout_traits.h) for `picture`.
+enum PlaneSetLayout : uint32_t {
+  kPlanesYUV420 = kColorSpaceCount,
+  kPlanesYUVA420,
+  kPlanesYUV422,
+  kPlanesYUVA422,
+  kPlanesYUV444,
+  kPlanesYUVA444,
+};
+// Rows of kLayouts: the colour spaces, then the plane sets. The walk tables
+// cover them all.
+constexpr uint32_t kLayoutCount = kColorSpaceCount + 6;
 
 // What lies beside the main plane.
 enum class SecondPlane : uint8_t {
   kNone,
   kChroma,  // interleaved U, V lines (the NV and YA layouts)
   kAlpha,   // csUYVA: a byte a pixel behind the field's image lines
+  kPlanes,  // the plane sets: U, V (and alpha) planes of their own
 };
 
 struct LayoutFacts {
@@ -95,6 +108,12 @@ inline constexpr LayoutFacts kLayouts[kLayoutCount] = {
     {"csAYUV",   32,  4,  4, true,  false, SecondPlane::kNone,   0, 0, 0, 0, 0, 0, false, 1},
     {"csRGB24",  24,  3,  3, false, false, SecondPlane::kNone,   0, 0, 0, 0, 0, 0, false, 1},
     {"csRGB32",  32,  4,  4, true,  false, SecondPlane::kNone,   0, 0, 0, 0, 0, 0, false, 1},
+    {"YUV420P",  12,  1,  1, false, false, SecondPlane::kPlanes, 1, 1, 0, 0, 0, 0, false, 3},
+    {"YUVA420P", 20,  1,  1, true,  false, SecondPlane::kPlanes, 1, 1, 0, 0, 0, 0, false, 4},
+    {"YUV422P",  16,  1,  1, false, false, SecondPlane::kPlanes, 1, 0, 0, 0, 0, 0, false, 3},
+    {"YUVA422P", 24,  1,  1, true,  false, SecondPlane::kPlanes, 1, 0, 0, 0, 0, 0, false, 4},
+    {"YUV444P",  24,  1,  1, false, false, SecondPlane::kPlanes, 0, 0, 0, 0, 0, 0, false, 3},
+    {"YUVA444P", 32,  1,  1, true,  false, SecondPlane::kPlanes, 0, 0, 0, 0, 0, 0, false, 4},
 };
 // clang-format on
 
@@ -105,6 +124,8 @@ constexpr const LayoutFacts& LayoutOf(uint32_t id) {
 
 // The two-plane layouts with a second plane of interleaved U, V.
 constexpr bool IsPlanar(uint32_t id) { return LayoutOf(id).second == SecondPlane::kChroma; }
+// The native door's layouts of three or four planes.
+constexpr bool IsPlaneSet(uint32_t id) { return LayoutOf(id).second == SecondPlane::kPlanes; }
 
 constexpr bool FullWidthChroma(const LayoutFacts& f) { return f.chromaShiftX == 0; }
 constexpr bool HalfHeightChroma(const LayoutFacts& f) { return f.chromaShiftY != 0; }
@@ -112,7 +133,7 @@ constexpr bool HalfHeightChroma(const LayoutFacts& f) { return f.chromaShiftY !=
 // Bytes of the second plane a macroblock column covers: 16 pixels of
 // interleaved pairs at half or full rate, or 16 alpha bytes.
 constexpr int32_t SecondStep(const LayoutFacts& f) {
-  if (f.second == SecondPlane::kNone) return 0;
+  if (f.second == SecondPlane::kNone || f.second == SecondPlane::kPlanes) return 0;
   return f.second == SecondPlane::kChroma && FullWidthChroma(f) ? 32 : 16;
 }
 

@@ -15,6 +15,7 @@ struct LayoutTraits {
   static constexpr const LayoutFacts& kFacts = kLayouts[Id];
   static constexpr bool kHasSecond = kFacts.second != SecondPlane::kNone;
   static constexpr bool kPlanar = kFacts.second == SecondPlane::kChroma;
+  static constexpr bool kPlaneSet = kFacts.second == SecondPlane::kPlanes;
   static constexpr bool kLumaAlpha = kFacts.lumaAlpha;
   static constexpr bool kFullWidthChroma = FullWidthChroma(kFacts);
   static constexpr bool kHalfHeightChroma = HalfHeightChroma(kFacts);
@@ -46,6 +47,36 @@ struct LayoutTraits {
   // A slice's next macroblock row is four rows, 64 field lines, further.
   static constexpr int64_t SecondRowMove(int64_t t) { return 64 * SecondUnit(kFacts, t); }
   static constexpr int64_t SecondLineStride(int64_t t) { return SecondLineDistance(kFacts, t); }
+};
+
+// One field of a plane-set picture, as the walks over the plane-set layouts
+// take it in place of `picture`. Plane pointers are the frame's top lines and
+// strides frame line distances (signed), so field line L is frame line
+// 2L + field. 4:2:0 chroma is read with interlaced siting: chroma line k
+// belongs to field k & 1. Loaders clamp every line and column into the
+// picture (the coded size is the picture edge-replicated); stores write
+// nothing outside it.
+template <class Byte>
+struct PlaneField {
+  Byte* planes[4];     // Y, U, V, alpha (alpha null where the layout has none)
+  int64_t strides[4];
+  int32_t width;       // the picture's size in pixels, frame lines
+  int32_t height;
+  int32_t chromaWidth;  // the chroma planes' size
+  int32_t chromaHeight;
+  int32_t field;        // 0: even frame lines, 1: odd
+
+  // Frame line of field line L, clamped into the picture.
+  int32_t FrameLine(int32_t L) const {
+    const int32_t y = 2 * L + field;
+    return y < height ? y : height - 1;
+  }
+  // Frame chroma line of 4:2:0 field chroma row M, clamped into the plane.
+  int32_t ChromaLine420(int32_t M) const {
+    const int32_t y = 2 * M + field;
+    return y < chromaHeight ? y : chromaHeight - 1;
+  }
+  Byte* Line(int plane, int32_t y) const { return planes[plane] + strides[plane] * y; }
 };
 
 }  // namespace vantaro

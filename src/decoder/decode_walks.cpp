@@ -8,6 +8,8 @@
 #include "codec/slice_walks.h"
 #include "decoder/macroblock_decoder.h"
 #include "decoder/output_layouts.h"
+#include "decoder/plane_set_stores.h"
+#include "decoder/planes_cursor.h"
 
 namespace vantaro::decoder {
 namespace {
@@ -33,20 +35,14 @@ Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_
   alignas(16) MacroblockScratch scratch;
   uint64_t bitPos = reader.bitPos;
   const int64_t t = stride;
-  uint8_t* const secondStart = Layout::kHasSecond && !(Layout::kPlanar && chroma == nullptr)
-                                   ? Layout::SecondStart(inst, picture, chroma, t, slice)
-                                   : nullptr;
 
   auto decodeRow = [&](int32_t row, int32_t lines) {
-    Planes p{picture + t * (16 * static_cast<int64_t>(slice) + 64 * static_cast<int64_t>(row)),
-             secondStart == nullptr ? nullptr : secondStart + Layout::SecondRowMove(t) * row, t,
-             Layout::SecondLineStride(t)};
+    auto at = Layout::RowStart(inst, picture, chroma, t, slice, row);
     scratch.ResetPredictors();
     for (int32_t mb = 0; mb < mbColumns; ++mb) {
       if (!DecodeMacroblock<Shape, A == AlphaCoding::kRunValue>(ctx, scratch, bitPos) || bitPos > limit) return false;
-      Layout::template Store<F, A>(storeKernels, scratch, p, lines);
-      p.main += Layout::kMainStep;
-      if (p.second != nullptr) p.second += Layout::kSecondStep;
+      Layout::template Store<F, A>(storeKernels, scratch, at, lines);
+      Layout::Next(at);
     }
     return true;
   };
@@ -59,26 +55,32 @@ Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_
   return Status::kOk;
 }
 
-using WalkRow = std::array<DecodeSliceWalkFn, kColorSpaceCount>;
+using WalkRow = std::array<DecodeSliceWalkFn, kLayoutCount>;
 
 // One row of the table: every layout for one family and alpha coding.
 // Spaces 0 and 7 have no walk.
 template <Family F, AlphaCoding A>
 constexpr WalkRow MakeWalkRow() {
   return {nullptr,
-          &DecodeSliceWalk<F, A, PlanarStore<kCsNV12>>,
-          &DecodeSliceWalk<F, A, PlanarStore<kCsNV16>>,
-          &DecodeSliceWalk<F, A, PlanarStore<kCsNV24>>,
-          &DecodeSliceWalk<F, A, PlanarStore<kCsYA20>>,
-          &DecodeSliceWalk<F, A, PlanarStore<kCsYA22>>,
-          &DecodeSliceWalk<F, A, PlanarStore<kCsYA44>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<PlanarStore<kCsNV12>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<PlanarStore<kCsNV16>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<PlanarStore<kCsNV24>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<PlanarStore<kCsYA20>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<PlanarStore<kCsYA22>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<PlanarStore<kCsYA44>>>,
           nullptr,
-          &DecodeSliceWalk<F, A, Packed422Store<kCsYUY2>>,
-          &DecodeSliceWalk<F, A, Packed422Store<kCsUYVY>>,
-          &DecodeSliceWalk<F, A, Packed422Store<kCsUYVA>>,
-          &DecodeSliceWalk<F, A, AyuvStore>,
-          &DecodeSliceWalk<F, A, RgbStore<kCsRGB24>>,
-          &DecodeSliceWalk<F, A, RgbStore<kCsRGB32>>};
+          &DecodeSliceWalk<F, A, PlanesCursor<Packed422Store<kCsYUY2>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<Packed422Store<kCsUYVY>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<Packed422Store<kCsUYVA>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<AyuvStore>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<RgbStore<kCsRGB24>>>,
+          &DecodeSliceWalk<F, A, PlanesCursor<RgbStore<kCsRGB32>>>,
+          &DecodeSliceWalk<F, A, PlaneSetStore<kPlanesYUV420>>,
+          &DecodeSliceWalk<F, A, PlaneSetStore<kPlanesYUVA420>>,
+          &DecodeSliceWalk<F, A, PlaneSetStore<kPlanesYUV422>>,
+          &DecodeSliceWalk<F, A, PlaneSetStore<kPlanesYUVA422>>,
+          &DecodeSliceWalk<F, A, PlaneSetStore<kPlanesYUV444>>,
+          &DecodeSliceWalk<F, A, PlaneSetStore<kPlanesYUVA444>>};
 }
 
 constexpr WalkRow kWalks420 = MakeWalkRow<Family::k420, AlphaCoding::kNone>();
@@ -99,7 +101,7 @@ namespace vantaro {
 // 4:2:0 with DCT alpha is reachable by no stream variant and has no walk.
 DecodeSliceWalkFn FindDecodeSliceWalk(ChromaArm arm, uint32_t colorSpace, bool hasAlpha) {
   using namespace decoder;
-  if (colorSpace >= kColorSpaceCount) return nullptr;
+  if (colorSpace >= kLayoutCount) return nullptr;
   switch (arm) {
     case ChromaArm::k420: return (hasAlpha ? kWalks420Rle : kWalks420)[colorSpace];
     case ChromaArm::k422: return (hasAlpha ? kWalks422Rle : kWalks422)[colorSpace];

@@ -1,5 +1,6 @@
-// The encoder's slice walk: one skeleton over a layout, a chroma family and
-// an alpha coding. It visits the slice's macroblock rows (rows slice,
+// The encoder's slice walk: one skeleton over a layout (a loader with its
+// cursor: RowStart, Next, LoadRows, LoadPartial), a chroma family and an
+// alpha coding. It visits the slice's macroblock rows (rows slice,
 // slice + 4, ...), resets the predictors at the start of each, and per
 // macroblock runs the layout's loader and the family's macroblock encoder.
 #pragma once
@@ -39,27 +40,19 @@ Status EncodeWalk(const CodecInstance& instance, const Kernels& kernels, BitWrit
       PutAlphaEndMarker(w);
     }
   };
-  // Row r of the field's macroblock rows starts 16 * r field lines down.
-  // Its second-plane lines move with it, SecondRowMove per slice row.
-  const auto rowStart = [&](int32_t r, const uint8_t*& first, const uint8_t*& second) {
-    first = picture + static_cast<ptrdiff_t>(stride) * 16 * r;
-    if constexpr (Layout::kHasSecond) {
-      second = Layout::SecondStart(instance, picture, chroma, stride, slice) +
-               Layout::SecondRowMove(stride) * ((r - static_cast<int32_t>(slice)) / kSlicesPerField);
-    }
+  // Where row r's macroblocks lie: the layout's cursor, one column a step.
+  const auto rowStart = [&](int32_t r) {
+    return Layout::RowStart(instance, picture, chroma, stride, slice, r);
   };
 
   int32_t row = static_cast<int32_t>(slice);
   for (int32_t n = 0; n < rows.fullRows; ++n, row += kSlicesPerField) {
     scratch.ResetPredictors();
-    const uint8_t* first = nullptr;
-    const uint8_t* second = nullptr;
-    rowStart(row, first, second);
+    auto at = rowStart(row);
     for (int32_t c = 0; c < columns; ++c) {
-      Layout::template LoadRows<F, A>(loaders, scratch, first, second, pu, 16);
+      Layout::template LoadRows<F, A>(loaders, scratch, at, pu, 16);
       VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
-      first += Layout::kMainStep;
-      if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
+      Layout::Next(at);
     }
   }
   if (!rows.hasPartialRow) return Status::kOk;
@@ -72,14 +65,11 @@ Status EncodeWalk(const CodecInstance& instance, const Kernels& kernels, BitWrit
     }
     return Status::kOk;
   }
-  const uint8_t* first = nullptr;
-  const uint8_t* second = nullptr;
-  rowStart(row, first, second);
+  auto at = rowStart(row);
   for (int32_t c = 0; c < columns; ++c) {
-    Layout::template LoadPartial<F, A>(loaders, scratch, first, second, pu, lines);
+    Layout::template LoadPartial<F, A>(loaders, scratch, at, pu, lines);
     VANTARO_RETURN_IF_ERROR(EncodeWithinCapacity(writer, encode));
-    first += Layout::kMainStep;
-    if constexpr (Layout::kHasSecond) second += Layout::kSecondStep;
+    Layout::Next(at);
   }
   return Status::kOk;
 }

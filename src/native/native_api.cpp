@@ -1,5 +1,5 @@
-// The native door's shared checks, the staging layout of each variant and
-// the frame bound.
+// The native door's shared checks: formats, variants, options and pictures;
+// and the frame bound.
 #include <algorithm>
 
 #include "codec/code_rows.h"
@@ -11,14 +11,26 @@ namespace vantaro::native {
 
 FormatFacts FactsOf(vantaro_format format) {
   switch (format) {
-    case VANTARO_FORMAT_YUV420P: return {true, true, 1, 1, false};
-    case VANTARO_FORMAT_YUVA420P: return {true, true, 1, 1, true};
-    case VANTARO_FORMAT_YUV422P: return {true, true, 1, 0, false};
-    case VANTARO_FORMAT_YUVA422P: return {true, true, 1, 0, true};
-    case VANTARO_FORMAT_YUV444P: return {true, true, 0, 0, false};
-    case VANTARO_FORMAT_YUVA444P: return {true, true, 0, 0, true};
-    default: return {false, false, 0, 0, false};
+    case VANTARO_FORMAT_YUV420P: return {true, true, kPlanesYUV420};
+    case VANTARO_FORMAT_YUVA420P: return {true, true, kPlanesYUVA420};
+    case VANTARO_FORMAT_YUV422P: return {true, true, kPlanesYUV422};
+    case VANTARO_FORMAT_YUVA422P: return {true, true, kPlanesYUVA422};
+    case VANTARO_FORMAT_YUV444P: return {true, true, kPlanesYUV444};
+    case VANTARO_FORMAT_YUVA444P: return {true, true, kPlanesYUVA444};
+    case VANTARO_FORMAT_NV12: return {true, false, kCsNV12};
+    case VANTARO_FORMAT_NV16: return {true, false, kCsNV16};
+    case VANTARO_FORMAT_NV24: return {true, false, kCsNV24};
+    case VANTARO_FORMAT_YA20: return {true, false, kCsYA20};
+    case VANTARO_FORMAT_YA22: return {true, false, kCsYA22};
+    case VANTARO_FORMAT_YA44: return {true, false, kCsYA44};
+    case VANTARO_FORMAT_YUY2: return {true, false, kCsYUY2};
+    case VANTARO_FORMAT_UYVY: return {true, false, kCsUYVY};
+    case VANTARO_FORMAT_UYVA: return {true, false, kCsUYVA};
+    case VANTARO_FORMAT_AYUV: return {true, false, kCsAYUV};
+    case VANTARO_FORMAT_RGB24: return {true, false, kCsRGB24};
+    case VANTARO_FORMAT_RGB32: return {true, false, kCsRGB32};
   }
+  return {false, false, kCsInvalid};
 }
 
 bool VariantOf(uint32_t fourcc, VariantFacts* facts) {
@@ -31,22 +43,7 @@ bool VariantOf(uint32_t fourcc, VariantFacts* facts) {
   facts->sx = family == 2 ? 0 : 1;
   facts->sy = family == 0 ? 1 : 0;
   facts->alpha = probe.hasAlpha != 0;
-  // UYVY lines feed 4:2:2 exactly and 4:2:0 as the packed doors do; the
-  // alpha plane behind UYVA lines carries alpha exactly. 4:4:4 goes through
-  // the same 4:2:2 lines for now: its chroma is halved horizontally.
-  facts->staging = facts->alpha ? kCsUYVA : kCsUYVY;
   return true;
-}
-
-int32_t StagingStride(uint32_t colorSpace, int32_t codedWidth) {
-  return codedWidth * (colorSpace == kCsAYUV ? 4 : 2);
-}
-
-size_t StagingBytes(uint32_t colorSpace, int32_t codedWidth, int32_t codedHeight) {
-  const size_t lines = static_cast<size_t>(StagingStride(colorSpace, codedWidth)) *
-                       static_cast<size_t>(codedHeight);
-  const size_t alpha = colorSpace == kCsUYVA ? static_cast<size_t>(codedWidth) * codedHeight : 0;
-  return lines + alpha;
 }
 
 vantaro_status CheckSize(int32_t width, int32_t height) {
@@ -68,15 +65,65 @@ vantaro_status ReadOptions(const vantaro_options* options, vantaro_options* out)
   return VANTARO_OK;
 }
 
+namespace {
+
+// The direct layouts find their second plane from the main plane's stride:
+// the stride of the U, V plane those walks imply, or 0 where none can serve.
+int64_t ImpliedChromaStride(uint32_t layout, int64_t s) {
+  switch (layout) {
+    case kCsNV12: case kCsNV16: case kCsYA44: return s;
+    case kCsNV24: return 2 * s;
+    case kCsYA20: case kCsYA22: return s % 2 == 0 ? s / 2 : 0;
+    default: return 0;
+  }
+}
+
+// csUYVA's alpha plane lies right behind the lines, a byte a pixel, with
+// lines of exactly two bytes a pixel: the walks find it there.
+bool UyvaPlanesAgree(const vantaro_picture& p) {
+  const int64_t s = p.strides[0];
+  return s == 2 * static_cast<int64_t>(p.width) && p.strides[3] == p.width &&
+         p.planes[3] == p.planes[0] + s * p.height;
+}
+
+}  // namespace
+
 vantaro_status CheckPicture(const vantaro_picture* picture, int32_t width, int32_t height) {
   if (picture == nullptr) return VANTARO_ERROR_INVALID_ARGUMENT;
   const FormatFacts f = FactsOf(picture->format);
-  if (!f.planar) return VANTARO_ERROR_UNSUPPORTED_FORMAT;
+  if (!f.known) return VANTARO_ERROR_UNSUPPORTED_FORMAT;
   if (picture->width != width || picture->height != height) return VANTARO_ERROR_BAD_SIZE;
-  for (int plane = 0; plane < (f.alpha ? 4 : 3); ++plane) {
+  for (int plane = 0; plane < 4; ++plane) {
+    const PlaneGeometry g = GeometryOf(picture->format, width, height, plane);
+    if (g.lines == 0) continue;
     if (picture->planes[plane] == nullptr) return VANTARO_ERROR_INVALID_ARGUMENT;
+    const int64_t stride = picture->strides[plane];
+    if ((stride < 0 ? -stride : stride) < g.lineBytes) return VANTARO_ERROR_BAD_STRIDE;
   }
+  if (IsPlanar(f.layout) &&
+      picture->strides[1] != ImpliedChromaStride(f.layout, picture->strides[0])) {
+    return VANTARO_ERROR_BAD_STRIDE;
+  }
+  if (f.layout == kCsUYVA && !UyvaPlanesAgree(*picture)) return VANTARO_ERROR_BAD_STRIDE;
   return VANTARO_OK;
+}
+
+vantaro_status CheckWholeMacroblocks(const vantaro_picture& picture) {
+  if (FactsOf(picture.format).planeSet) return VANTARO_OK;
+  return picture.width % 16 == 0 && picture.height % 2 == 0 ? VANTARO_OK
+                                                            : VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS;
+}
+
+vantaro_status CheckFeeds(const vantaro_picture& picture, const VariantFacts& variant) {
+  const FormatFacts f = FactsOf(picture.format);
+  if (f.planeSet) return VANTARO_OK;
+  // Their loaders read two lines a macroblock and every other column group.
+  if (IsPlanar(f.layout)) return VANTARO_ERROR_CANNOT_FEED;
+  if (LayoutOf(f.layout).hasAlpha != variant.alpha) return VANTARO_ERROR_ALPHA_MISMATCH;
+  // The packed loaders step a field's lines by its stride rounded down to
+  // 16 bytes: only strides of whole 8-byte units reach the right lines.
+  if (picture.strides[0] % 8 != 0) return VANTARO_ERROR_BAD_STRIDE;
+  return CheckWholeMacroblocks(picture);
 }
 
 KernelScope::KernelScope(vantaro_kernels kernels)
@@ -110,6 +157,21 @@ LongestCodes FindLongestCodes() {
 
 }  // namespace
 
+uint64_t MacroblockBoundBits(const VariantFacts& v) {
+  static const LongestCodes codes = FindLongestCodes();
+  CodecInstance probe{};
+  SetStreamFormat(&probe, v.fourcc);
+  // A block: its DC code, 63 coefficients each with the longest run/level
+  // or escape code, and the end of block.
+  const uint64_t blockBits = codes.dc + 63ull * codes.ac + ParseCode(kEndOfBlockCode).length;
+  const uint64_t chromaBlocks = v.sx == 0 ? 8 : (v.sy == 0 ? 4 : 2);
+  uint64_t bits = (4 + chromaBlocks + (probe.dctAlpha ? 4 : 0)) * blockBits;
+  // Run/value alpha: at worst a pair for each of the 256 samples, and the
+  // end marker of each of the two halves.
+  if (v.alpha && !probe.dctAlpha) bits += 256ull * codes.alphaPair + 2ull * kAlphaEndMarkerLength;
+  return bits;
+}
+
 }  // namespace vantaro::native
 
 using namespace vantaro;
@@ -121,17 +183,7 @@ VTC_API size_t vantaro_frame_bound(uint32_t fourcc, int32_t width, int32_t heigh
   VariantFacts v{};
   int32_t cw = 0, ch = 0;
   if (!VariantOf(fourcc, &v) || vantaro_coded_size(width, height, &cw, &ch) != VANTARO_OK) return 0;
-  static const LongestCodes codes = FindLongestCodes();
-  CodecInstance probe{};
-  SetStreamFormat(&probe, v.fourcc);
-  // A block: its DC code, 63 coefficients each with the longest run/level
-  // or escape code, and the end of block.
-  const uint64_t blockBits = codes.dc + 63ull * codes.ac + ParseCode(kEndOfBlockCode).length;
-  const uint64_t chromaBlocks = v.sx == 0 ? 8 : (v.sy == 0 ? 4 : 2);
-  uint64_t macroblockBits = (4 + chromaBlocks + (probe.dctAlpha ? 4 : 0)) * blockBits;
-  // Run/value alpha: at worst a pair for each of the 256 samples, and the
-  // end marker of each of the two halves.
-  if (v.alpha && !probe.dctAlpha) macroblockBits += 256ull * codes.alphaPair + 2ull * kAlphaEndMarkerLength;
+  const uint64_t macroblockBits = MacroblockBoundBits(v);
   const uint64_t columns = static_cast<uint64_t>(cw) / 16;
   uint64_t bytes = 4;  // quality and second-field offset
   for (uint32_t field = 0; field < 2; ++field) {

@@ -66,6 +66,10 @@ VTC_API const char* vantaro_status_string(vantaro_status status) {
         case VANTARO_ERROR_DAMAGED: return "some slices could not be decoded whole";
         case VANTARO_ERROR_OUT_OF_MEMORY: return "out of memory";
         case VANTARO_ERROR_INTERNAL: return "internal error";
+        case VANTARO_ERROR_BAD_STRIDE: return "a stride too short for its plane, or planes placed otherwise than the layout needs";
+        case VANTARO_ERROR_NOT_WHOLE_MACROBLOCKS: return "packed and semi-planar layouts need a width that is a multiple of 16 and an even height";
+        case VANTARO_ERROR_ALPHA_MISMATCH: return "the layout's alpha and the variant's disagree";
+        case VANTARO_ERROR_CANNOT_FEED: return "semi-planar layouts cannot feed the encoder";
     }
     return "unknown status";
 }

@@ -1,5 +1,5 @@
-// Shared pieces of the native door: the staging layout each variant is fed
-// through, the picture geometry of the public formats and the handles.
+// Shared pieces of the native door: the public formats' layouts and plane
+// geometry, the argument checks and the handles' kernel scope.
 #pragma once
 
 #include <cstddef>
@@ -7,16 +7,17 @@
 
 #include "codec/codec_instance.h"
 #include "codec/kernels.h"
+#include "codec/layout_traits.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::native {
 
-// Chroma shifts and planes of a public format.
+// The layout behind a public format: a plane set or one of the colour
+// spaces of the direct functions.
 struct FormatFacts {
   bool known;
-  bool planar;  // one of the six YUV(A) planar formats
-  uint8_t sx, sy;
-  bool alpha;
+  bool planeSet;    // one of the six YUV(A) planar formats
+  uint32_t layout;  // row of kLayouts
 };
 FormatFacts FactsOf(vantaro_format format);
 
@@ -25,18 +26,51 @@ struct VariantFacts {
   uint32_t fourcc;  // upper case
   uint8_t sx, sy;   // the stream's chroma shifts
   bool alpha;
-  uint32_t staging;  // ColorSpace the handle's staging picture is laid out in
 };
 bool VariantOf(uint32_t fourcc, VariantFacts* facts);
+// Bits one macroblock of the variant can take at most, from the longest codes.
+uint64_t MacroblockBoundBits(const VariantFacts& v);
 
-// Bytes of the staging picture (lines, then the alpha plane where the
-// layout has one) and its line stride, for the coded size.
-int32_t StagingStride(uint32_t colorSpace, int32_t codedWidth);
-size_t StagingBytes(uint32_t colorSpace, int32_t codedWidth, int32_t codedHeight);
+// One plane of a format at a size: bytes a line holds, the stride of a
+// tightly packed picture, and its lines (0: the format has no such plane).
+struct PlaneGeometry {
+  int64_t lineBytes;
+  int64_t stride;
+  int64_t lines;
+};
+PlaneGeometry GeometryOf(vantaro_format format, int32_t width, int32_t height, int plane);
 
 vantaro_status CheckSize(int32_t width, int32_t height);
 vantaro_status ReadOptions(const vantaro_options* options, vantaro_options* out);
+// Null pointers, the size, every used plane present with a stride that holds
+// its line, and the direct layouts' own stride rules.
 vantaro_status CheckPicture(const vantaro_picture* picture, int32_t width, int32_t height);
+// Whether the picture's layout can feed the variant (encode) at this size.
+vantaro_status CheckFeeds(const vantaro_picture& picture, const VariantFacts& variant);
+// Whether a direct layout can take a frame of this size (decode).
+vantaro_status CheckWholeMacroblocks(const vantaro_picture& picture);
+
+// Field 0 or 1 of a plane-set picture as the plane-set walks take it.
+template <class Byte>
+PlaneField<Byte> FieldOf(const vantaro_picture& picture, int32_t field) {
+  const LayoutFacts& f = LayoutOf(FactsOf(picture.format).layout);
+  PlaneField<Byte> out{};
+  for (int p = 0; p < 4; ++p) {
+    out.planes[p] = picture.planes[p];
+    out.strides[p] = picture.strides[p];
+  }
+  if (!f.hasAlpha) out.planes[3] = nullptr;
+  out.width = picture.width;
+  out.height = picture.height;
+  out.chromaWidth = (picture.width + f.chromaShiftX) >> f.chromaShiftX;
+  out.chromaHeight = (picture.height + f.chromaShiftY) >> f.chromaShiftY;
+  out.field = field;
+  return out;
+}
+
+// Every line of the slices named in `damage` (bit 4 * field + slice) to
+// mid-grey, alpha included; for the plane sets.
+void GreyDamagedSlices(const vantaro_picture& picture, int32_t codedHeight, uint32_t damage);
 
 // Runs the handle's calls under its kernel choice, restoring the process's.
 class KernelScope {
@@ -50,11 +84,5 @@ class KernelScope {
   KernelOverride saved_;
   bool changed_;
 };
-
-// Picture <-> staging conversion (native_picture.cpp).
-void PlanarToStaging(const vantaro_picture& picture, uint32_t colorSpace, uint8_t* staging,
-                     int32_t codedWidth, int32_t codedHeight);
-void StagingToPlanar(const uint8_t* staging, uint32_t colorSpace, int32_t codedWidth,
-                     int32_t codedHeight, const vantaro_picture& picture);
 
 }  // namespace vantaro::native

@@ -1,0 +1,143 @@
+// Loaders for the plane-set layouts: 8-bit Y, U, V planes at 4:2:0, 4:2:2 or
+// 4:4:4 and, for the YUVA ones, a full-resolution alpha plane. Chroma of the
+// stream's own family is taken as it stands; another family is converted
+// inside the macroblock, so no filter reaches past its 16 columns:
+//   4:4:4 -> 4:2:2: column pairs averaged, (a + b + 1) >> 1 (a box filter);
+//   4:2:2 -> 4:2:0: field line pairs averaged, (a + b + 1) >> 1;
+//   4:4:4 -> 4:2:0: the 2x2 box, (a + b + c + d + 2) >> 2;
+//   upward (4:2:0 -> 4:2:2 -> 4:4:4): each sample repeated.
+// The right macroblock column and the bottom line may reach past the
+// picture (the coded size rounds it up): lines are clamped into it, and a
+// line that ends early is copied into a 16-byte edge line with its last
+// sample repeated. Only the edge column takes that copy.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "codec/layout_traits.h"
+#include "encoder/loader_place.h"
+
+namespace vantaro::encoder {
+
+template <uint32_t Id>
+struct PlaneSetLoader : LayoutTraits<Id> {
+  using Traits = LayoutTraits<Id>;
+  static_assert(Traits::kPlaneSet);
+  static constexpr int kShiftX = Traits::kFacts.chromaShiftX;
+  static constexpr bool k420 = Traits::kHalfHeightChroma;
+  static constexpr bool kAlpha = Traits::kFacts.hasAlpha;
+  static constexpr int kChromaSamples = 16 >> kShiftX;  // chroma samples a macroblock line
+
+  using Field = PlaneField<const uint8_t>;
+  // A macroblock's place: its field, field macroblock row and column.
+  struct Cursor {
+    const Field* field;
+    int32_t row;
+    int32_t column;
+  };
+
+  // `picture` is the PlaneField the door built for this field.
+  static Cursor RowStart(const CodecInstance&, const uint8_t* picture, const uint8_t*, int32_t,
+                         uint32_t, int32_t row) {
+    return {reinterpret_cast<const Field*>(picture), row, 0};
+  }
+  static void Next(Cursor& c) { ++c.column; }
+
+  // `count` samples of line y of `plane` from column x, or the edge line.
+  static const uint8_t* Samples(const Field& f, int plane, int32_t y, int32_t x, int32_t count,
+                                int32_t planeWidth, uint8_t* edge) {
+    const uint8_t* line = f.Line(plane, y);
+    if (x + count <= planeWidth) return line + x;
+    for (int32_t i = 0; i < count; ++i) edge[i] = line[std::min(x + i, planeWidth - 1)];
+    return edge;
+  }
+
+  // The layout's own chroma for field line L: kChromaSamples of U and V.
+  static void SourceChroma(const Field& f, int32_t L, int32_t x, int16_t* u, int16_t* v) {
+    const int32_t y = k420 ? f.ChromaLine420(L >> 1) : f.FrameLine(L);
+    uint8_t edge[16];
+    const uint8_t* su = Samples(f, 1, y, x, kChromaSamples, f.chromaWidth, edge);
+    for (int i = 0; i < kChromaSamples; ++i) u[i] = su[i];
+    const uint8_t* sv = Samples(f, 2, y, x, kChromaSamples, f.chromaWidth, edge);
+    for (int i = 0; i < kChromaSamples; ++i) v[i] = sv[i];
+  }
+
+  // Eight samples from sixteen: the column-pair box.
+  static void HalveColumns(int16_t* s) {
+    for (int i = 0; i < 8; ++i) s[i] = static_cast<int16_t>((s[2 * i] + s[2 * i + 1] + 1) >> 1);
+  }
+
+  // Chroma row i of a 4:2:2 or 4:4:4 macroblock from field line L.
+  template <Family F>
+  static void PutLineChroma(MacroblockScratch& s, const Field& f, int32_t L, int32_t x, int i) {
+    int16_t u[16], v[16];
+    SourceChroma(f, L, x, u, v);
+    if constexpr (F == Family::k422 && kShiftX == 0) {
+      HalveColumns(u);
+      HalveColumns(v);
+    }
+    place::PutChroma<F, F == Family::k444 && kShiftX == 0>(s, i, u, v);
+  }
+
+  // 4:2:0 chroma row m from field lines L and L2 (L2 == L at a partial
+  // row's last line): as it stands from 4:2:0, averaged from the others.
+  static void PutRowChroma420(MacroblockScratch& s, const Field& f, int32_t L, int32_t L2,
+                              int32_t x, int m) {
+    int16_t u[16], v[16];
+    SourceChroma(f, L, x, u, v);
+    if constexpr (!k420) {
+      int16_t u2[16], v2[16];
+      SourceChroma(f, L2, x, u2, v2);
+      if constexpr (kShiftX == 0) {
+        for (int i = 0; i < 8; ++i) {
+          u[i] = static_cast<int16_t>((u[2 * i] + u[2 * i + 1] + u2[2 * i] + u2[2 * i + 1] + 2) >> 2);
+          v[i] = static_cast<int16_t>((v[2 * i] + v[2 * i + 1] + v2[2 * i] + v2[2 * i + 1] + 2) >> 2);
+        }
+      } else {
+        for (int i = 0; i < 8; ++i) {
+          u[i] = static_cast<int16_t>((u[i] + u2[i] + 1) >> 1);
+          v[i] = static_cast<int16_t>((v[i] + v2[i] + 1) >> 1);
+        }
+      }
+    }
+    place::PutChroma<Family::k420, false>(s, m, u, v);
+  }
+
+  // Rows 0..rows-1 of the macroblock at `c`.
+  template <Family F, AlphaCoding A>
+  static void LoadRows(const LoaderKernels&, MacroblockScratch& s, const Cursor& c, int32_t,
+                       int rows) {
+    const Field& f = *c.field;
+    const int32_t x = 16 * c.column;
+    const int32_t xc = x >> kShiftX;
+    uint8_t edge[16];
+    for (int i = 0; i < rows; ++i) {
+      const int32_t L = 16 * c.row + i;
+      const int32_t y = f.FrameLine(L);
+      const uint8_t* luma = Samples(f, 0, y, x, 16, f.width, edge);
+      int16_t wide[16];
+      for (int j = 0; j < 16; ++j) wide[j] = luma[j];
+      place::PutLuma(s, i, wide);
+      if constexpr (kAlpha) {
+        place::PutAlpha<A>(s, i, Samples(f, 3, y, x, 16, f.width, edge));
+      } else {
+        place::PutOpaqueAlpha<A>(s, i);
+      }
+      if constexpr (F == Family::k420) {
+        if ((i & 1) == 0) PutRowChroma420(s, f, L, i + 1 < rows ? L + 1 : L, xc, i >> 1);
+      } else {
+        PutLineChroma<F>(s, f, L, xc, i);
+      }
+    }
+  }
+
+  template <Family F, AlphaCoding A>
+  static void LoadPartial(const LoaderKernels& k, MacroblockScratch& s, const Cursor& c,
+                          int32_t pu, int lines) {
+    LoadRows<F, A>(k, s, c, pu, lines);
+    place::FillPartial<F, A>(s, lines);
+  }
+};
+
+}  // namespace vantaro::encoder
