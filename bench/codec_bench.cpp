@@ -1,5 +1,7 @@
 // Whole-frame encode and decode speed on the 1920x1080 photographs, one
-// benchmark per stream variant and a natural layout for it. Run with
+// benchmark per stream variant and a natural layout for it, plus VTQ2
+// through the native API from and to planar 4:2:2 (Native/...). Counters:
+// Mpixel/s, Mblock/s (8x8 transform blocks) and bits/pixel. Run with
 // --benchmark_repetitions=5 --benchmark_report_aggregates_only=true and quote
 // medians; VANTARO_SCALAR=1 measures the scalar kernels. Kernels/<family>/
 // <level> times each kernel family on each level present.
@@ -8,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "bench_pictures.h"
@@ -45,6 +49,25 @@ struct Case {
   const char* layout;
 };
 
+// Transform blocks in one 16x16 macroblock: 4 luma, the variant's chroma, and
+// 4 more where alpha is transform-coded (VTQ7, VTQ9).
+double BlocksPerMacroblock(const char* variant) {
+  switch (variant[3]) {
+    case '0': case '1': return 6;
+    case '2': case '3': return 8;
+    case '4': case '5': case '7': return 12;
+    default: return 16;
+  }
+}
+
+void SetCounters(benchmark::State& state, const char* variant, int32_t width, int32_t height, int64_t bytes) {
+  const double pixels = double(width) * height;
+  state.counters["Mpixel/s"] = benchmark::Counter(pixels / 1e6, benchmark::Counter::kIsIterationInvariantRate);
+  state.counters["Mblock/s"] = benchmark::Counter(pixels / 256.0 * BlocksPerMacroblock(variant) / 1e6,
+                                                  benchmark::Counter::kIsIterationInvariantRate);
+  state.counters["bits/pixel"] = double(bytes) * 8.0 / pixels;
+}
+
 void Encode(benchmark::State& state, Case c, std::string photo) {
   const auto& rgb = Photo(photo);
   const LayoutPicture picture = vantaro::bench::ToLayout(rgb, c.layout);
@@ -59,9 +82,7 @@ void Encode(benchmark::State& state, Case c, std::string photo) {
     benchmark::DoNotOptimize(stream.data());
   }
   VTC_CompressFieldEnd(encoder);
-  state.counters["bytes"] = static_cast<double>(size);
-  state.counters["Mpixel/s"] = benchmark::Counter(double(rgb.width) * rgb.height / 1e6,
-                                                  benchmark::Counter::kIsIterationInvariantRate);
+  SetCounters(state, c.variant, rgb.width, rgb.height, size - 4);
 }
 
 void Decode(benchmark::State& state, Case c, std::string photo) {
@@ -72,7 +93,7 @@ void Decode(benchmark::State& state, Case c, std::string photo) {
   void* encoder = VTC_CompressFieldBeginQuality(&header, fourcc, 96);
   std::vector<uint8_t> stream(size_t(rgb.width) * rgb.height * 12);
   const uint8_t* chroma = picture.chromaOffset ? picture.bytes.data() + picture.chromaOffset : nullptr;
-  VTC_CompressFrameEx(encoder, stream.data(), picture.bytes.data(), chroma, picture.stride);
+  const int64_t size = VTC_CompressFrameEx(encoder, stream.data(), picture.bytes.data(), chroma, picture.stride);
   VTC_CompressFieldEnd(encoder);
 
   void* decoder = VTC_DecompressFieldBegin(&header, fourcc);
@@ -83,12 +104,88 @@ void Decode(benchmark::State& state, Case c, std::string photo) {
     benchmark::DoNotOptimize(out.data());
   }
   VTC_DecompressFieldEnd(decoder);
-  state.counters["Mpixel/s"] = benchmark::Counter(double(rgb.width) * rgb.height / 1e6,
-                                                  benchmark::Counter::kIsIterationInvariantRate);
+  SetCounters(state, c.variant, rgb.width, rgb.height, size - 4);
+}
+
+// Planar 4:2:2 made from the UYVY conversion, so both doors see the same samples.
+struct Planar422 {
+  std::vector<uint8_t> bytes;
+  vantaro_picture picture{};
+};
+
+Planar422 ToPlanar422(const vantaro::bench::RgbPicture& rgb) {
+  const LayoutPicture uyvy = vantaro::bench::ToLayout(rgb, "UYVY");
+  Planar422 p;
+  const int32_t w = rgb.width, h = rgb.height;
+  p.bytes.resize(vantaro_picture_size(VANTARO_FORMAT_YUV422P, w, h));
+  if (vantaro_picture_fill(&p.picture, VANTARO_FORMAT_YUV422P, w, h, p.bytes.data(), p.bytes.size()) !=
+      VANTARO_OK) {
+    throw std::runtime_error("planar 4:2:2 picture");
+  }
+  for (int32_t y = 0; y < h; ++y) {
+    const uint8_t* line = &uyvy.bytes[size_t(y) * uyvy.stride];
+    for (int32_t x = 0; x + 1 < w; x += 2) {
+      p.picture.planes[1][size_t(y) * p.picture.strides[1] + x / 2] = line[2 * x];
+      p.picture.planes[0][size_t(y) * p.picture.strides[0] + x] = line[2 * x + 1];
+      p.picture.planes[2][size_t(y) * p.picture.strides[2] + x / 2] = line[2 * x + 2];
+      p.picture.planes[0][size_t(y) * p.picture.strides[0] + x + 1] = line[2 * x + 3];
+    }
+  }
+  return p;
+}
+
+constexpr uint32_t kVtq2 = VTC_FOURCC('V', 'T', 'Q', '2');
+
+void NativeEncode(benchmark::State& state, std::string photo) {
+  const auto& rgb = Photo(photo);
+  const Planar422 source = ToPlanar422(rgb);
+  vantaro_encoder* encoder = nullptr;
+  if (vantaro_encoder_create(kVtq2, rgb.width, rgb.height, 96, nullptr, &encoder) != VANTARO_OK) {
+    state.SkipWithError("encoder_create");
+    return;
+  }
+  std::vector<uint8_t> stream(vantaro_frame_bound(kVtq2, rgb.width, rgb.height));
+  size_t written = 0;
+  for (auto _ : state) {
+    if (vantaro_encode(encoder, &source.picture, stream.data(), stream.size(), &written) != VANTARO_OK) {
+      state.SkipWithError("encode");
+      break;
+    }
+    benchmark::DoNotOptimize(stream.data());
+  }
+  vantaro_encoder_destroy(encoder);
+  SetCounters(state, "VTQ2", rgb.width, rgb.height, static_cast<int64_t>(written));
+}
+
+void NativeDecode(benchmark::State& state, std::string photo) {
+  const auto& rgb = Photo(photo);
+  const Planar422 source = ToPlanar422(rgb);
+  vantaro_encoder* encoder = nullptr;
+  vantaro_decoder* decoder = nullptr;
+  std::vector<uint8_t> stream(vantaro_frame_bound(kVtq2, rgb.width, rgb.height));
+  size_t written = 0;
+  if (vantaro_encoder_create(kVtq2, rgb.width, rgb.height, 96, nullptr, &encoder) != VANTARO_OK ||
+      vantaro_encode(encoder, &source.picture, stream.data(), stream.size(), &written) != VANTARO_OK ||
+      vantaro_decoder_create(kVtq2, rgb.width, rgb.height, nullptr, &decoder) != VANTARO_OK) {
+    vantaro_encoder_destroy(encoder);
+    state.SkipWithError("setup");
+    return;
+  }
+  vantaro_encoder_destroy(encoder);
+  Planar422 out = ToPlanar422(rgb);
+  for (auto _ : state) {
+    if (vantaro_decode(decoder, stream.data(), written, &out.picture, nullptr) != VANTARO_OK) {
+      state.SkipWithError("decode");
+      break;
+    }
+    benchmark::DoNotOptimize(out.bytes.data());
+  }
+  vantaro_decoder_destroy(decoder);
+  SetCounters(state, "VTQ2", rgb.width, rgb.height, static_cast<int64_t>(written));
 }
 
 const Case kCases[] = {
-    {"VTQ0", "YUY2"}, {"VTQ1", "UYVA"}, {"VTQ2", "YUY2"}, {"VTQ2", "NV16"}, {"VTQ3", "UYVA"},
+    {"VTQ0", "YUY2"}, {"VTQ1", "UYVA"}, {"VTQ2", "YUY2"}, {"VTQ2", "UYVY"}, {"VTQ2", "NV16"}, {"VTQ3", "UYVA"},
     {"VTQ4", "NV24"}, {"VTQ5", "AYUV"}, {"VTQ5", "RGB32"}, {"VTQ7", "UYVA"}, {"VTQ9", "AYUV"},
 };
 
@@ -107,6 +204,11 @@ int main(int argc, char** argv) {
       benchmark::RegisterBenchmark(("Decode/" + suffix).c_str(), Decode, c, photo)
           ->Unit(benchmark::kMillisecond);
     }
+    const std::string native = std::string("VTQ2/YUV422P/") + photo;
+    benchmark::RegisterBenchmark(("NativeEncode/" + native).c_str(), NativeEncode, photo)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("NativeDecode/" + native).c_str(), NativeDecode, photo)
+        ->Unit(benchmark::kMillisecond);
   }
   vantaro::bench::RegisterKernelBenchmarks();
   benchmark::Initialize(&argc, argv);

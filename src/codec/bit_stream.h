@@ -8,6 +8,15 @@
 #include <cstdint>
 #include <cstring>
 
+// For the few hot helpers whose state must stay in registers across calls.
+#if defined(__GNUC__)
+#define VANTARO_FORCE_INLINE [[gnu::always_inline]] inline
+#elif defined(_MSC_VER)
+#define VANTARO_FORCE_INLINE __forceinline
+#else
+#define VANTARO_FORCE_INLINE inline
+#endif
+
 namespace vantaro {
 
 static_assert(std::endian::native == std::endian::little,

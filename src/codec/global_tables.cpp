@@ -152,11 +152,16 @@ void BuildAlphaTables(GlobalTables& t) {
 }
 
 void BuildByteTables(GlobalTables& t) {
-  for (uint32_t v = 0; v < 256; ++v) {
-    uint8_t ones = 0;
-    while (ones < 8 && ((v >> ones) & 1)) ++ones;
-    t.trailingOnes[v] = ones;
-    t.topBit[v] = static_cast<uint8_t>(BitLength(v));
+  uint32_t scanPosition[64];
+  for (uint32_t s = 0; s < 64; ++s) scanPosition[ZigzagScan[s]] = s;
+  for (uint32_t k = 0; k < 8; ++k) {
+    for (uint32_t b = 0; b < 256; ++b) {
+      uint64_t m = 0;
+      for (uint32_t i = 0; i < 8; ++i) {
+        if ((b >> i) & 1) m |= uint64_t{1} << scanPosition[8 * k + i];
+      }
+      t.scanMask[k][b] = m;
+    }
   }
 }
 

@@ -1,6 +1,6 @@
 // Tables built once, on first use, and read-only afterwards: colour
-// conversion, the encoder's code tables, the alpha run/value codes and two
-// byte tables for the coefficient mask.
+// conversion, the encoder's code tables, the alpha run/value codes and the
+// byte tables that turn a raster-order coefficient mask into scan order.
 #pragma once
 
 #include <cstdint>
@@ -52,8 +52,10 @@ struct GlobalTables {
   uint16_t alphaRunDecode[1024];
   uint16_t alphaValueDecode[1024];
 
-  uint8_t trailingOnes[256];  // consecutive one bits from bit 0
-  uint8_t topBit[256];        // index of the highest set bit plus one
+  // [k][b]: bit s set where scan position s holds one of the raster
+  // positions 8k..8k+7 whose bit is set in b. OR-ing the eight entries of a
+  // raster mask's bytes gives its scan-order mask.
+  uint64_t scanMask[8][256];
 };
 
 void BuildGlobalTables(GlobalTables& tables);

@@ -39,12 +39,15 @@ bool ReadHalf(uint8_t* half, const uint8_t* pred, const StreamView& stream, uint
     e = tables.alphaRunDecode[w & 0x3FF];
     p += e >> 8;
   } while (static_cast<int8_t>(e & 0xFF) >= 0);
-  // Undo the differencing, line after line: previous minus current.
-  const uint8_t* above = pred;
+  // Undo the differencing, line after line: previous minus current. Through
+  // a local line, so that the byte loop need not fear overlap and vectorises.
+  uint8_t above[16];
+  std::memcpy(above, pred, 16);
   for (int line = 0; line < 8; ++line) {
-    uint8_t* row = half + 16 * line;
-    for (int c = 0; c < 16; ++c) row[c] = static_cast<uint8_t>(above[c] - row[c]);
-    above = row;
+    uint8_t difference[16];
+    std::memcpy(difference, half + 16 * line, 16);
+    for (int c = 0; c < 16; ++c) above[c] = static_cast<uint8_t>(above[c] - difference[c]);
+    std::memcpy(half + 16 * line, above, 16);
   }
   return true;
 }

@@ -111,6 +111,40 @@ void BuildAc(BlockDecodeTables& t) {
   }
   for (int32_t k = 0; k < 4096; ++k) t.escapeLevel[k] = static_cast<int16_t>(k - 2048);
   std::memcpy(t.scanOrder, ZigzagScan, sizeof t.scanOrder);
+  // 6: the walked table. A code is whole inside the index when its length
+  // fits the bits left; codes form a prefix tree, so the index's zero fill
+  // above those bits cannot change which code it is.
+  struct Single {
+    uint32_t length, step;
+    int32_t level;
+    bool end, unfinished;
+  };
+  const auto single = [&t](uint32_t i) {
+    return Single{t.acLength[i] & 0x7Fu, (t.acRun[i] & 0x3Fu) + 1u, t.acLevel[i],
+                  (t.acLength[i] & kAcEndOfBlock) != 0, (t.acRun[i] & kAcUnfinished) != 0};
+  };
+  for (uint32_t i = 0; i < 4096; ++i) {
+    const Single first = single(i);
+    uint64_t e = first.length;
+    if (first.end) {
+      e |= kAcPairEnd;
+    } else if (first.unfinished) {
+      e |= first.length == 24 ? kAcPairEscape | (uint64_t{first.step} << 16) : kAcPairLong;
+    } else {
+      e |= (uint64_t{first.step} << 16) | (uint64_t{static_cast<uint16_t>(first.level)} << 32);
+      const Single second = single(i >> first.length);
+      if (second.length <= 12 - first.length) {
+        if (second.end) {
+          e += second.length;
+          e |= kAcPairThenEnd;
+        } else if (!second.unfinished) {
+          e += second.length;
+          e |= (uint64_t{second.step} << 24) | (uint64_t{static_cast<uint16_t>(second.level)} << 48);
+        }
+      }
+    }
+    t.acPair[i] = e;
+  }
 }
 
 void Build(BlockDecodeTables& tables) {

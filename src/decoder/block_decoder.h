@@ -42,14 +42,14 @@ class BitWindow {
 
   // With `offset` at most 40 the window holds 24 good bits, the longest code.
   // `offset` never exceeds 64 here, so one step back by a word is enough.
-  void Refill() {
+  VANTARO_FORCE_INLINE void Refill() {
     if (offset_ > 40) {
       ++wordIndex_;
       offset_ -= 32;
       window_ = stream_.Load64(wordIndex_ * 4) >> offset_;
     }
   }
-  void Consume(uint32_t n) {
+  VANTARO_FORCE_INLINE void Consume(uint32_t n) {
     offset_ += n;
     window_ >>= n;
   }
@@ -65,12 +65,13 @@ class BitWindow {
 
 // Reads one block's DC difference, AC codes and end of block into `block`,
 // which is already cleared. False when a run would carry the scan past 63:
-// the block memory would be left.
-inline bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, BitWindow& win,
-                        int16_t* block) {
+// the block memory would be left. Forced inline so that the window stays in
+// registers across a macroblock's blocks.
+VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc,
+                                      BitWindow& win, int16_t* block) {
   win.Refill();
-  uint32_t index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
   uint32_t w = static_cast<uint32_t>(win.Bits());
+  uint32_t index = w & 0xFFF;
   const uint32_t dcLength = dc.length[index];
   win.Consume(dcLength);
   if (dcLength < 12) {
@@ -82,36 +83,47 @@ inline bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, Bi
   }
 
   win.Refill();
-  uint32_t scanPos = 1;
-  index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
   w = static_cast<uint32_t>(win.Bits());
-  if (t.acLength[index] & kAcEndOfBlock) {
+  uint64_t e = t.acPair[w & 0xFFF];
+  if (e & kAcPairEnd) {
     block[1] = kNoAcMark;  // end of block straight after the DC: the transform's shortcut
-  } else {
-    do {
-      win.Consume(t.acLength[index]);
-      uint32_t run = t.acRun[index];
+    win.Consume(static_cast<uint32_t>(e & kAcPairLength));
+    return true;
+  }
+  // scanPos is the last position written, the DC's 0 at first; a code moves
+  // it by its run + 1.
+  uint32_t scanPos = 0;
+  for (;;) {
+    win.Consume(static_cast<uint32_t>(e & kAcPairLength));
+    if (e & kAcPairSlow) {
+      if (e & kAcPairEnd) return true;
+      uint32_t step;
       int32_t level;
-      if (!(run & kAcUnfinished)) {
-        level = t.acLevel[index];
-      } else if (!(index & 32)) {  // seven leading zeros: the second level
+      if (e & kAcPairLong) {
         const uint32_t k = (w >> 7) & 0xFFF;
-        run = t.acLongRun[k];
+        step = t.acLongRun[k] + 1u;
         level = t.acLongLevel[k];
-      } else {  // the escape: run from the index, biased level from bits 12..23
-        run &= 0x3F;
+      } else {
+        step = static_cast<uint32_t>(e >> 16) & 0xFF;
         level = t.escapeLevel[(w >> 12) & 0xFFF];
       }
-      if (scanPos + run > 63) return false;
-      block[t.scanOrder[scanPos + run]] = static_cast<int16_t>(level);
-      scanPos += run + 1;
-      win.Refill();
-      index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
-      w = static_cast<uint32_t>(win.Bits());
-    } while (!(t.acLength[index] & kAcEndOfBlock));
+      scanPos += step;
+      if (scanPos > 63) return false;
+      block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
+    } else {
+      // Second code first: without one its step is 0 and the first's level
+      // lands on the same place after it.
+      const uint32_t first = scanPos + (static_cast<uint32_t>(e >> 16) & 0xFF);
+      scanPos = first + (static_cast<uint32_t>(e >> 24) & 0xFF);
+      if (scanPos > 63) return false;
+      block[t.scanOrder[scanPos]] = static_cast<int16_t>(e >> 48);
+      block[t.scanOrder[first]] = static_cast<int16_t>(e >> 32);
+      if (e & kAcPairThenEnd) return true;
+    }
+    win.Refill();
+    w = static_cast<uint32_t>(win.Bits());
+    e = t.acPair[w & 0xFFF];
   }
-  win.Consume(t.acLength[index] & 0x7F);
-  return true;
 }
 
 // Decodes the blocks of `Order` in stream order; `bitPos` moves past them.

@@ -70,6 +70,15 @@ struct Packed422Store : LayoutTraits<CS> {
 
   template <Family F, AlphaCoding A>
   static void Store(const StoreKernels& k, const MacroblockScratch& s, const Planes& p, int32_t lines) {
+    if constexpr (F != Family::k444) {
+      // Luma strips and the one chroma strip per plane, lines in order: one kernel call.
+      k.packed422[CS == kCsYUY2 ? 0 : 1](s.blocks[0], s.blocks[2], s.blocks[4], s.blocks[6],
+                                         F == Family::k420 ? 1 : 0, p.main, p.mainStride, lines);
+      if constexpr (CS == kCsUYVA) {
+        for (int32_t r = 0; r < lines; ++r) AlphaOf<A>::Bytes(k, s, r, p.second + r * p.secondStride);
+      }
+      return;
+    }
     for (int32_t r = 0; r < lines; ++r) {
       uint8_t luma[16], pairs[16];
       LumaBytes(k, s, r, luma);

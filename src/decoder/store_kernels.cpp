@@ -42,9 +42,25 @@ void InterleaveScalar(const uint8_t* first, const uint8_t* second, uint8_t* out)
   }
 }
 
+template <bool kChromaFirst>
+void Packed422Scalar(const int16_t* yLeft, const int16_t* yRight, const int16_t* u, const int16_t* v,
+                     int32_t chromaShift, uint8_t* out, int64_t stride, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    uint8_t luma[16], pairs[16];
+    PackLineScalar(yLeft + 8 * r, yRight + 8 * r, luma);
+    RawPairsScalar(u + 8 * (r >> chromaShift), v + 8 * (r >> chromaShift), pairs);
+    if (kChromaFirst) {
+      InterleaveScalar(pairs, luma, out + r * stride);
+    } else {
+      InterleaveScalar(luma, pairs, out + r * stride);
+    }
+  }
+}
+
 }  // namespace
 
-const StoreKernels kStoreKernelsScalar = {PackLineScalar, RawPairsScalar, EvenPairsScalar,
-                                          AverageScalar, InterleaveScalar};
+const StoreKernels kStoreKernelsScalar = {PackLineScalar,   RawPairsScalar,
+                                          EvenPairsScalar,  AverageScalar,
+                                          InterleaveScalar, {Packed422Scalar<false>, Packed422Scalar<true>}};
 
 }  // namespace vantaro::decoder

@@ -22,6 +22,12 @@ struct StoreKernels {
   void (*average)(const uint8_t* a, const uint8_t* b, uint8_t* out);
   // out[2i] = first[i], out[2i + 1] = second[i] for 16 bytes each: 32 bytes.
   void (*interleave)(const uint8_t* first, const uint8_t* second, uint8_t* out);
+  // `lines` lines of a packed 4:2:2 macroblock, 32 bytes each at out + r *
+  // stride: luma line r is yLeft + 8r and yRight + 8r packed, chroma the raw
+  // pairs of u + 8 (r >> chromaShift) and v likewise. Y U Y V order for
+  // packed422[0], U Y V Y for packed422[1]; the line primitives composed.
+  void (*packed422[2])(const int16_t* yLeft, const int16_t* yRight, const int16_t* u, const int16_t* v,
+                       int32_t chromaShift, uint8_t* out, int64_t stride, int32_t lines);
 };
 
 extern const StoreKernels kStoreKernelsScalar;

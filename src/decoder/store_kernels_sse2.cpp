@@ -38,8 +38,23 @@ void InterleaveSse2(const uint8_t* first, const uint8_t* second, uint8_t* out) {
   Store(out + 16, _mm_unpackhi_epi8(f, s));
 }
 
-const StoreKernels kStoreKernelsSse2 = {PackLineSse2, RawPairsSse2, EvenPairsSse2, AverageSse2,
-                                        InterleaveSse2};
+template <bool kChromaFirst>
+void Packed422Sse2(const int16_t* yLeft, const int16_t* yRight, const int16_t* u, const int16_t* v,
+                   int32_t chromaShift, uint8_t* out, int64_t stride, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    const __m128i luma = _mm_packus_epi16(Load(yLeft + 8 * r), Load(yRight + 8 * r));
+    const int32_t c = 8 * (r >> chromaShift);
+    const __m128i pairs = _mm_or_si128(_mm_slli_epi16(Load(v + c), 8), Load(u + c));
+    const __m128i first = kChromaFirst ? pairs : luma;
+    const __m128i second = kChromaFirst ? luma : pairs;
+    Store(out + r * stride, _mm_unpacklo_epi8(first, second));
+    Store(out + r * stride + 16, _mm_unpackhi_epi8(first, second));
+  }
+}
+
+const StoreKernels kStoreKernelsSse2 = {PackLineSse2,   RawPairsSse2,
+                                        EvenPairsSse2,  AverageSse2,
+                                        InterleaveSse2, {Packed422Sse2<false>, Packed422Sse2<true>}};
 
 }  // namespace
 

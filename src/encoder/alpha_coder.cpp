@@ -8,36 +8,41 @@
 namespace vantaro::encoder {
 namespace {
 
-// One past the last non-zero byte: whole 32-bit words of the zero mask from
-// the top first, then the bits of the first word that has a non-zero byte.
-uint32_t LastNonZero(const uint32_t (&zeroWords)[4]) {
-  for (int w = 3; w >= 0; --w) {
-    const uint32_t nonZero = ~zeroWords[w];
-    if (nonZero != 0) return 32u * static_cast<uint32_t>(w) + 32u - std::countl_zero(nonZero);
+// One past the last non-zero byte of the 128: whole 8-byte words from the
+// top first, then the bytes of the first word that is not all zero.
+uint32_t LastNonZero(const uint8_t* rows) {
+  for (uint32_t w = 16; w > 0; --w) {
+    uint64_t word;
+    std::memcpy(&word, rows + 8 * (w - 1), 8);
+    if (word != 0) return 8 * w - static_cast<uint32_t>(std::countl_zero(word)) / 8;
   }
   return 0;
 }
 
 // Rows 0..7 of `rows` become previous minus current, in 8-bit wrap;
-// `previous` ends as the last row as it was loaded.
+// `previous` ends as the last row as it was loaded. Line by line through
+// local copies, so that the byte loops need not fear overlap and vectorise.
 void DifferenceHalf(uint8_t* rows, uint8_t* previous) {
+  uint8_t above[16];
+  std::memcpy(above, previous, 16);
   for (int r = 0; r < 8; ++r) {
-    uint8_t* row = rows + 16 * r;
-    for (int c = 0; c < 16; ++c) {
-      const uint8_t loaded = row[c];
-      row[c] = static_cast<uint8_t>(previous[c] - loaded);
-      previous[c] = loaded;
-    }
+    uint8_t loaded[16], difference[16];
+    std::memcpy(loaded, rows + 16 * r, 16);
+    for (int c = 0; c < 16; ++c) difference[c] = static_cast<uint8_t>(above[c] - loaded[c]);
+    std::memcpy(rows + 16 * r, difference, 16);
+    std::memcpy(above, loaded, 16);
   }
+  std::memcpy(previous, above, 16);
 }
 
 }  // namespace
 
 void EncodeAlphaHalf(const uint8_t* rows, BitWriter& writer) {
-  uint32_t zeroWords[4] = {0, 0, 0, 0};
-  for (uint32_t i = 0; i < 128; ++i) zeroWords[i >> 5] |= static_cast<uint32_t>(rows[i] == 0) << (i & 31);
-  const uint32_t last = LastNonZero(zeroWords);
+  const uint32_t last = LastNonZero(rows);
   const GlobalTables& tables = Tables();
+  // A local copy: the stores go through a byte pointer, which would force
+  // the writer's fields back to memory after every code.
+  BitWriter w = writer;
   uint32_t run = 0;
   for (uint32_t i = 0; i < last; ++i) {
     const uint8_t v = rows[i];
@@ -45,10 +50,11 @@ void EncodeAlphaHalf(const uint8_t* rows, BitWriter& writer) {
       ++run;
       continue;
     }
-    PutCode(writer, tables.alphaPairCode[v][run], tables.alphaPairLength[v][run]);
+    PutCode(w, tables.alphaPairCode[v][run], tables.alphaPairLength[v][run]);
     run = 0;
   }
-  PutAlphaEndMarker(writer);
+  PutAlphaEndMarker(w);
+  writer = w;
 }
 
 void EncodeAlphaPlane(MacroblockScratch& scratch, BitWriter& writer) {

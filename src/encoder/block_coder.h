@@ -22,4 +22,15 @@ void EncodeChromaBlock(const CodecInstance& instance, const int16_t* block, BitW
 // Bit s set where scan position s holds zero (exact on all 16 bits).
 uint64_t ZeroMask(const int16_t* block);
 
+// The scan-order form of a raster-order mask: bit s of the result is bit
+// ZigzagScan[s] of `rasterMask`.
+uint64_t ScanOrderMask(uint64_t rasterMask);
+
+// The same codes as EncodeLumaBlock/EncodeChromaBlock, read straight from a
+// raster-order block: `raster[0]` is ignored in favour of `dcDifference`,
+// and `rasterNonZero` has bit k set where raster[k] is not zero (bit 0 may
+// be anything). Saves the copy into scan order.
+void EncodeRasterBlock(bool chroma, int16_t dcDifference, const int16_t* raster, uint64_t rasterNonZero,
+                       BitWriter& writer);
+
 }  // namespace vantaro::encoder

@@ -5,11 +5,11 @@
 
 namespace vantaro::encoder {
 
-const ForwardKernels kForwardKernelsScalar = {ForwardDctScalar, QuantiseBlockScalar};
+const ForwardKernels kForwardKernelsScalar = {ForwardDctScalar, QuantiseBlockScalar, NonZeroMaskScalar};
 
 const ForwardKernels* ForwardKernelsSse2() {
 #if defined(VANTARO_KERNELS_SSE2)
-  static constexpr ForwardKernels kSse2 = {ForwardDctSse2, QuantiseBlockSse2};
+  static constexpr ForwardKernels kSse2 = {ForwardDctSse2, QuantiseBlockSse2, NonZeroMaskSse2};
   return &kSse2;
 #else
   return nullptr;

@@ -3,6 +3,7 @@
 // ones a walk runs.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "codec/kernels.h"
@@ -15,6 +16,8 @@ struct ForwardKernels {
   // Level shift of the DC, then each value times its reciprocal, rounded to
   // nearest even and clamped to 16 bits; in place.
   void (*quantise)(int16_t* block, const float* reciprocals);
+  // Bit k set where block[k] is not zero; 64 values, 16-byte aligned.
+  uint64_t (*nonZeroMask)(const int16_t* block);
 };
 
 // One source line of a macroblock, 16 pixels wide, unpacked to samples.
@@ -36,6 +39,12 @@ struct LoaderKernels {
   void (*ayuv)(const uint8_t* source, LineSamples& out);   // 64 bytes; y and a from byte 0
   void (*rgb24)(const uint8_t* source, LineSamples& out);  // 48 bytes: B G R
   void (*rgb32)(const uint8_t* source, LineSamples& out);  // 64 bytes: B G R A
+  // `lines` lines of packed 4:2:2 (32 bytes each, `lineDistance` apart)
+  // straight into a 4:2:2 macroblock's strips: line r's luma to yLeft + 8r
+  // and yRight + 8r, its U and V to u + 8r and v + 8r. [0] reads Y U Y V,
+  // [1] U Y V Y; the same samples as yuy2 and uyvy.
+  void (*packed422Rows[2])(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft, int16_t* yRight,
+                           int16_t* u, int16_t* v, int32_t lines);
 };
 
 extern const ForwardKernels kForwardKernelsScalar;

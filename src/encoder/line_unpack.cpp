@@ -71,9 +71,25 @@ void Rgb(const uint8_t* s, LineSamples& out) {
   }
 }
 
+template <int kY, int kU, int kV>
+void Packed422Rows(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft, int16_t* yRight, int16_t* u,
+                   int16_t* v, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    LineSamples l;
+    Packed422<kY, kU, kV>(source + lineDistance * r, l);
+    for (int c = 0; c < 8; ++c) {
+      yLeft[8 * r + c] = l.y[c];
+      yRight[8 * r + c] = l.y[c + 8];
+      u[8 * r + c] = l.u[c];
+      v[8 * r + c] = l.v[c];
+    }
+  }
+}
+
 constexpr LoaderKernels kScalarLoaders = {
     Luma8,          LumaAlpha,          ChromaPairs<8>, ChromaPairs<16>, Packed422<0, 1, 3>,
     Packed422<1, 0, 2>, Ayuv,           Rgb<3>,         Rgb<4>,
+    {Packed422Rows<0, 1, 3>, Packed422Rows<1, 0, 2>},
 };
 
 }  // namespace

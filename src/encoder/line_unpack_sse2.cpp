@@ -114,8 +114,25 @@ void Rgb(const uint8_t* s, LineSamples& out) {
   }
 }
 
+// Luma in the high bytes (U Y V Y) or the low ones (Y U Y V).
+template <bool kLumaHigh>
+void Packed422Rows(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft, int16_t* yRight, int16_t* u,
+                   int16_t* v, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    const uint8_t* s = source + lineDistance * r;
+    const __m128i a = LoadU(s), b = LoadU(s + 16);
+    Store(yLeft + 8 * r, kLumaHigh ? HighBytes(a) : LowBytes(a));
+    Store(yRight + 8 * r, kLumaHigh ? HighBytes(b) : LowBytes(b));
+    const __m128i pairs = kLumaHigh ? _mm_packus_epi16(LowBytes(a), LowBytes(b))
+                                    : _mm_packus_epi16(HighBytes(a), HighBytes(b));
+    Store(u + 8 * r, LowBytes(pairs));
+    Store(v + 8 * r, HighBytes(pairs));
+  }
+}
+
 constexpr LoaderKernels kSse2Loaders = {Luma8, LumaAlpha, ChromaHalf, ChromaFull, Yuy2,
-                                        Uyvy,  Ayuv,      Rgb<3>,     Rgb<4>};
+                                        Uyvy,  Ayuv,      Rgb<3>,     Rgb<4>,
+                                        {Packed422Rows<false>, Packed422Rows<true>}};
 
 }  // namespace
 

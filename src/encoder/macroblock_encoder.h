@@ -21,24 +21,20 @@ constexpr size_t kWorstCaseMacroblockBytes = 4096;
 
 namespace mb {
 
-// One block: transform, quantise, scan, DC difference against its plane's
-// predictor (predictor minus current, 16-bit wrap), code.
+// One block: transform, quantise, DC difference against its plane's
+// predictor (predictor minus current, 16-bit wrap), code in scan order
+// straight from the raster block.
 inline void EncodeOneBlock(const CodecInstance& instance, const ForwardKernels& kernels,
                            MacroblockScratch& scratch, BlockStep step, BitWriter& writer) {
   int16_t* block = scratch.blocks[step.block];
   kernels.forwardDct(block);
   kernels.quantise(block, instance.reciprocalTable);
-  alignas(16) int16_t scanned[64];
-  ZigzagBlock(scanned, block);
-  const uint16_t current = static_cast<uint16_t>(scanned[0]);
+  const uint64_t nonZero = kernels.nonZeroMask(block);
+  const uint16_t current = static_cast<uint16_t>(block[0]);
   uint16_t& predictor = scratch.dcPredictor[step.plane];
-  scanned[0] = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
+  const auto difference = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
   predictor = current;
-  if (IsChromaPlane(step.plane)) {
-    EncodeChromaBlock(instance, scanned, writer);
-  } else {
-    EncodeLumaBlock(instance, scanned, writer);
-  }
+  EncodeRasterBlock(IsChromaPlane(step.plane), difference, block, nonZero, writer);
 }
 
 template <size_t N>

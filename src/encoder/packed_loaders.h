@@ -65,6 +65,22 @@ struct PackedLoader : LayoutTraits<CS> {
     const ptrdiff_t lineDistance = ptrdiff_t{16} * pu;
     // csUYVA alpha lines inside a macroblock: (t / 16 / 2) * 16 apart.
     const ptrdiff_t alphaDistance = Traits::SecondLineStride(ptrdiff_t{16} * pu);
+    if constexpr (kPacked422 && F == Family::k422) {
+      // Every line feeds every strip in order: one kernel call for the samples.
+      k.packed422Rows[CS == kCsYUY2 ? 0 : 1](source, lineDistance, s.blocks[kBlockYLeftTop],
+                                             s.blocks[kBlockYRightTop], s.blocks[kBlockU0], s.blocks[kBlockV0],
+                                             rows);
+      if constexpr (A != AlphaCoding::kNone) {
+        for (int row = 0; row < rows; ++row) {
+          if constexpr (CS == kCsUYVA) {
+            place::PutAlpha<A>(s, row, second + alphaDistance * row);
+          } else {
+            place::PutOpaqueAlpha<A>(s, row);
+          }
+        }
+      }
+      return;
+    }
     for (int row = 0; row < rows; ++row) {
       LineSamples l;
       Unpack(k, source + lineDistance * row, l);

@@ -15,4 +15,10 @@ void QuantiseBlockScalar(int16_t* block, const float* reciprocals) {
   }
 }
 
+uint64_t NonZeroMaskScalar(const int16_t* block) {
+  uint64_t mask = 0;
+  for (int k = 0; k < 64; ++k) mask |= static_cast<uint64_t>(block[k] != 0) << k;
+  return mask;
+}
+
 }  // namespace vantaro::encoder

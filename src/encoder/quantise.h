@@ -16,8 +16,12 @@ namespace vantaro::encoder {
 // -32768..32767. No dead zone.
 void QuantiseBlockScalar(int16_t* block, const float* reciprocals);
 
+// Bit k set where block[k] is not zero: which quantised values get a code.
+uint64_t NonZeroMaskScalar(const int16_t* block);
+
 #if defined(VANTARO_KERNELS_SSE2)
 void QuantiseBlockSse2(int16_t* block, const float* reciprocals);
+uint64_t NonZeroMaskSse2(const int16_t* block);
 #endif
 
 }  // namespace vantaro::encoder

@@ -20,5 +20,18 @@ void QuantiseBlockSse2(int16_t* block, const float* reciprocals) {
   }
 }
 
+// Sixteen compares against zero packed to bytes per movemask; the mask
+// answers the zeros, so it is inverted once at the end.
+uint64_t NonZeroMaskSse2(const int16_t* block) {
+  const __m128i zero = _mm_setzero_si128();
+  uint64_t zeros = 0;
+  for (int i = 0; i < 64; i += 16) {
+    const __m128i a = _mm_cmpeq_epi16(_mm_load_si128(reinterpret_cast<const __m128i*>(block + i)), zero);
+    const __m128i b = _mm_cmpeq_epi16(_mm_load_si128(reinterpret_cast<const __m128i*>(block + i + 8)), zero);
+    zeros |= static_cast<uint64_t>(static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(a, b)))) << i;
+  }
+  return ~zeros;
+}
+
 }  // namespace vantaro::encoder
 #endif

@@ -102,6 +102,43 @@ TEST(BlockDecoder, RunPastTheBlockIsAFault) {
   EXPECT_FALSE(DecodeOne(w.Bytes(), true).ok);
 }
 
+// Runs of short codes, where one lookup reads two codes or a code and the
+// end of block, mixed with long codes and escapes at every bit offset.
+TEST(BlockDecoder, RandomBlocksOfShortAndLongCodesReadBack) {
+  std::mt19937 rng(21);
+  StreamWriter w(1 << 20);
+  std::vector<std::vector<std::pair<int32_t, int32_t>>> blocks(3000);
+  for (auto& ac : blocks) {
+    int32_t position = 0;
+    while (true) {
+      const bool shortCode = rng() % 8 != 0;
+      const int32_t run = static_cast<int32_t>(shortCode ? rng() % 3 : rng() % 20);
+      int32_t level = static_cast<int32_t>(shortCode ? 1 + rng() % 3 : 1 + rng() % 300);
+      if (rng() & 1) level = -level;
+      if (position + run + 1 > 63 || rng() % 24 == 0) break;
+      ac.emplace_back(run, level);
+      position += run + 1;
+    }
+    w.Block(static_cast<int32_t>(rng() % 21) - 10, true, ac);
+  }
+  const std::vector<uint8_t> bytes = w.Bytes();
+  const BlockDecodeTables& t = BlockDecodeTablesInstance();
+  BitWindow win(StreamView{bytes.data(), bytes.size()}, 0);
+  for (size_t n = 0; n < blocks.size(); ++n) {
+    alignas(16) int16_t block[64] = {};
+    ASSERT_TRUE(DecodeBlock(t, t.dcLuma, win, block)) << n;
+    int16_t expected[64] = {};
+    int32_t position = 0;
+    for (const auto& [run, level] : blocks[n]) {
+      position += run + 1;
+      expected[ZigzagScan[position]] = static_cast<int16_t>(level);
+    }
+    if (blocks[n].empty()) expected[1] = kNoAcMark;
+    for (int k = 1; k < 64; ++k) ASSERT_EQ(block[k], expected[k]) << "block " << n << " at " << k;
+  }
+  EXPECT_EQ(win.Position(), w.BitPos());
+}
+
 // The window against a plain bit-by-bit reading of the same stream, over
 // random consumption: each refill (offset above 40, never at 40) must leave
 // the next 24 bits exact, also where the stream ends and zeros stand in.

@@ -2,9 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <random>
 #include <string>
 
 #include "codec/bit_stream.h"
+#include "codec/code_rows.h"
+#include "codec/global_tables.h"
 #include "encoder/block_coder.h"
 #include "support/pictures.h"
 
@@ -100,6 +103,72 @@ TEST(BlockCoder, RunsAreCountedAcrossMaskBytesAndAFullBlockEndsWithEndOfBlock) {
   const Coded full = Code(block, false);
   EXPECT_EQ(full.length, 3u + 63u * 3u + 4u);
   EXPECT_EQ(full.bits.substr(full.bits.size() - 4), "0110");
+}
+
+// Coding straight from raster order (the macroblock encoder's way) must give
+// the bits of the scanned block, whatever the mask's bit 0 and raster[0] say.
+TEST(BlockCoder, RasterOrderCodingMatchesTheScannedBlock) {
+  std::mt19937 rng(99);
+  for (int n = 0; n < 4000; ++n) {
+    alignas(16) int16_t raster[64], scanned[64];
+    const int density = 1 + n % 8;  // from nearly full to nearly empty
+    for (int16_t& v : raster) {
+      v = rng() % static_cast<uint32_t>(density) == 0 ? static_cast<int16_t>(static_cast<int>(rng() % 4095) - 2047) : 0;
+    }
+    ZigzagBlock(scanned, raster);
+    scanned[0] = static_cast<int16_t>(static_cast<int>(rng() % 4095) - 2047);
+    for (bool chroma : {false, true}) {
+      alignas(16) uint8_t a[512] = {}, b[512] = {};
+      BitWriter wa{a, 0, 0, sizeof a}, wb{b, 0, 0, sizeof b};
+      CodecInstance unused{};
+      if (chroma) {
+        EncodeChromaBlock(unused, scanned, wa);
+      } else {
+        EncodeLumaBlock(unused, scanned, wa);
+      }
+      raster[0] = static_cast<int16_t>(rng());
+      EncodeRasterBlock(chroma, scanned[0], raster, ~ZeroMask(raster) | (rng() & 1), wb);
+      ASSERT_EQ(wa.bitPos, wb.bitPos) << n;
+      ASSERT_EQ(std::memcmp(a, b, sizeof a), 0) << n;
+      ASSERT_EQ(ScanOrderMask(uint64_t{1} << ZigzagScan[n % 64]), uint64_t{1} << (n % 64));
+    }
+  }
+}
+
+// The coder gathers bits before storing them; what it leaves in memory, the
+// bytes past the last bit included, must be what one PutCode per code leaves,
+// from any starting bit and over a buffer full of other bytes.
+TEST(BlockCoder, LeavesTheBytesOfOnePutCodePerCode) {
+  std::mt19937 rng(5);
+  const GlobalTables& t = Tables();
+  const CanonicalCode eob = ParseCode(kEndOfBlockCode);
+  for (int n = 0; n < 3000; ++n) {
+    int16_t block[64] = {};
+    const uint32_t density = 1 + static_cast<uint32_t>(n) % 6;
+    for (int16_t& v : block) v = rng() % density == 0 ? static_cast<int16_t>(static_cast<int>(rng() % 81) - 40) : 0;
+    block[0] = static_cast<int16_t>(static_cast<int>(rng() % 4095) - 2047);
+    alignas(16) uint8_t a[600], b[600];
+    for (size_t i = 0; i < sizeof a; ++i) a[i] = b[i] = static_cast<uint8_t>(rng());
+    const uint32_t start = static_cast<uint32_t>(rng() % 64);
+    const uint32_t carry = (a[start >> 3] & ((1u << (start & 7)) - 1));
+    BitWriter wa{a, carry, start, sizeof a}, wb{b, carry, start, sizeof b};
+    CodecInstance unused{};
+    EncodeLumaBlock(unused, block, wa);
+    PutCode(wb, t.dcLuma.code[block[0] + 2048], t.dcLuma.length[block[0] + 2048]);
+    for (int s = 1, run = 0; s < 64; ++s) {
+      if (block[s] == 0) {
+        ++run;
+        continue;
+      }
+      const uint32_t entry = t.acCode[run][block[s] + 2048];
+      PutCode(wb, entry >> 8, entry & 255u);
+      run = 0;
+    }
+    PutCode(wb, StreamOrder(eob), eob.length);
+    ASSERT_EQ(wa.bitPos, wb.bitPos) << n;
+    ASSERT_EQ(wa.carry, wb.carry) << n;
+    ASSERT_EQ(std::memcmp(a, b, sizeof a), 0) << n;
+  }
 }
 
 }  // namespace

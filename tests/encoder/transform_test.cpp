@@ -116,6 +116,7 @@ class VectorForwardKernels : public ::testing::Test {
     kForwardKernelsScalar.quantise(a + 8, reciprocals);
     vector_->quantise(b + 8, reciprocals);
     ASSERT_EQ(std::memcmp(a, b, sizeof a), 0) << what << " quantiser, case " << n;
+    ASSERT_EQ(kForwardKernelsScalar.nonZeroMask(a + 8), vector_->nonZeroMask(b + 8)) << what << " mask, case " << n;
   }
   const ForwardKernels* vector_ = nullptr;
 };
@@ -147,6 +148,16 @@ TEST_F(VectorForwardKernels, AgreeWithScalarOnRandomAndSaturatingBlocks) {
       reciprocals[0] = 1.0f;
     }
     ExpectSame(block, reciprocals, "random", n);
+  }
+  // Sparse blocks, as quantised ones are: the mask against a plain reading.
+  for (int n = 0; n < 20000; ++n) {
+    uint64_t expected = 0;
+    for (int i = 0; i < 64; ++i) {
+      block[i] = rng() % 5 == 0 ? static_cast<int16_t>(rng()) : 0;
+      if (block[i] != 0) expected |= uint64_t{1} << i;
+    }
+    ASSERT_EQ(kForwardKernelsScalar.nonZeroMask(block), expected) << n;
+    ASSERT_EQ(vector_->nonZeroMask(block), expected) << n;
   }
 }
 

@@ -14,5 +14,6 @@ int encode_command(int argc, char** argv);
 int decode_command(int argc, char** argv);
 int info_command(int argc, char** argv);
 int demo_command(int argc, char** argv);
+int bench_command(int argc, char** argv);
 
 }  // namespace vantaro::tool
