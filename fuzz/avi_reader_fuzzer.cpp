@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,24 @@
 
 using namespace vantaro::tool;
 
+namespace {
+
+// The reader opens files by name: one per process, in memory where the
+// system offers a memory file system (ten times the inputs a second).
+const std::string& InputPath() {
+  static const std::string path = [] {
+    std::error_code error;
+    const bool shm = std::filesystem::is_directory("/dev/shm", error);
+    const std::filesystem::path dir = shm ? "/dev/shm" : std::filesystem::temp_directory_path();
+    return (dir / ("vantaro_avi_fuzzer_" + std::to_string(getpid()) + ".avi")).string();
+  }();
+  return path;
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const std::string path = "/tmp/vantaro_avi_fuzzer_" + std::to_string(getpid()) + ".avi";
+  const std::string& path = InputPath();
   std::FILE* f = std::fopen(path.c_str(), "wb");
   if (f == nullptr) return 0;
   const bool whole = std::fwrite(data, 1, size, f) == size;
@@ -29,5 +46,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
   } catch (const UserError&) {
   }
+  std::remove(path.c_str());  // libFuzzer leaves by _Exit: no clean-up at exit
   return 0;
 }
