@@ -39,7 +39,8 @@ class Choices {
 constexpr uint32_t kVariants[8] = {VANTARO_FOURCC_VTQ0, VANTARO_FOURCC_VTQ1, VANTARO_FOURCC_VTQ2,
                                    VANTARO_FOURCC_VTQ3, VANTARO_FOURCC_VTQ4, VANTARO_FOURCC_VTQ5,
                                    VANTARO_FOURCC_VTQ7, VANTARO_FOURCC_VTQ9};
-constexpr bool VariantHasAlpha(uint32_t index) { return index == 1 || index == 3 || index == 5; }
+// VTQ1, VTQ3, VTQ5, VTQ7 and VTQ9 carry alpha.
+constexpr bool VariantHasAlpha(uint32_t index) { return index % 2 == 1 || index == 6; }
 
 constexpr vantaro_format kPlanarFormats[6] = {
     VANTARO_FORMAT_YUV420P, VANTARO_FORMAT_YUVA420P, VANTARO_FORMAT_YUV422P,

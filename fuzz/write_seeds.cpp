@@ -105,12 +105,12 @@ int main(int argc, char** argv) {
     const uint32_t fourcc = kVariants[v];
     const std::string name = "vtq" + std::to_string(v) + ".bin";
     // 37x23 for the native door: a partial macroblock column and an odd height.
-    const uint8_t format = VariantHasAlpha(v) ? 5 : static_cast<uint8_t>(v & 2 ? 2 : 0);
-    Save(root / "native_decode_fuzzer", name, Join({v, 36, 22, format}, Frame(fourcc, 37, 23, 90)));
+    constexpr uint8_t kSuitingFormat[8] = {0, 1, 2, 3, 4, 5, 3, 5};  // YUV420P, YUVA420P...
+    Save(root / "native_decode_fuzzer", name, Join({v, 36, 22, kSuitingFormat[v]}, Frame(fourcc, 37, 23, 90)));
     // 32x24 for the direct functions and the driver (DirectWidth(1) is 32):
     // each variant into a layout that suits it, and into RGB.
     const Bytes frame = Frame(fourcc, 32, 24, 90);
-    constexpr uint8_t kSuitingLayout[8] = {0, 3, 1, 8, 2, 5, 6, 7};  // NV12, YA20, NV16, UYVA...
+    constexpr uint8_t kSuitingLayout[8] = {0, 3, 1, 8, 2, 5, 4, 9};  // NV12, YA20, NV16, UYVA...
     const uint8_t layout = kSuitingLayout[v];
     Save(root / "direct_decode_fuzzer", name, Join({v, 1, 23, layout}, frame));
     Save(root / "direct_decode_fuzzer", "fields_" + name, Join({v, 1, 23, uint8_t(16 | 10)}, frame));
