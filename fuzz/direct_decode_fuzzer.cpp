@@ -6,14 +6,12 @@
 // picture is sized as the existing decode tests size it (the chroma plane
 // with room for the macroblock rows a partial last row reaches).
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <vector>
 
 #include "codec/codec_instance.h"
 #include "codec/kernels.h"
 #include "codec/layout_facts.h"
-#include "diagnostics/fault_capture.h"
 #include "fuzz_support.h"
 
 using namespace vantaro;
@@ -26,21 +24,10 @@ size_t ChromaBytes(uint32_t cs, int32_t stride, int32_t height) {
   return cs == kCsNV24 ? 2 * stride * lines : stride * lines;
 }
 
-// Faults are captured to files; keep them out of the working directory.
-void CaptureFaultsAside() {
-  static const bool once = [] {
-    const auto dir = std::filesystem::temp_directory_path() / "vantaro_direct_decode_fuzzer";
-    std::filesystem::create_directories(dir);
-    SetFaultCaptureDirectory(dir.string());
-    return true;
-  }();
-  (void)once;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  CaptureFaultsAside();
+  CaptureFaultsAside("vantaro_direct_decode_fuzzer");
   Choices in(data, size);
   const uint32_t fourcc = kVariants[in.Byte() & 7];
   const int32_t width = DirectWidth(in.Byte());

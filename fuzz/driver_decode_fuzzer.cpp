@@ -27,6 +27,7 @@ int64_t Send(uint64_t id, uint32_t message, const void* p1, const void* p2) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  CaptureFaultsAside("vantaro_driver_decode_fuzzer");
   Choices in(data, size);
   const uint8_t variant = in.Byte();
   int32_t width = DirectWidth(in.Byte());

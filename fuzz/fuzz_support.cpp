@@ -1,6 +1,20 @@
 #include "fuzz_support.h"
 
+#include <filesystem>
+
+#include "diagnostics/fault_capture.h"
+
 namespace vantaro::fuzz {
+
+void CaptureFaultsAside(const char* folder) {
+  static const bool once = [folder] {
+    const auto dir = std::filesystem::temp_directory_path() / folder;
+    std::filesystem::create_directories(dir);
+    SetFaultCaptureDirectory(dir.string());
+    return true;
+  }();
+  (void)once;
+}
 
 uint32_t ReadU24(const uint8_t* p) {
   return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |

@@ -70,6 +70,10 @@ constexpr int32_t NativeHeight(uint8_t b) { return 1 + b % 80; }
 constexpr int32_t DirectWidth(uint8_t b) { return 16 * (1 + (b & 3)) + ((b >> 2) & 7); }
 constexpr int32_t DirectHeight(uint8_t b) { return 1 + b % 80; }
 
+// The decoder captures faulting frames to files: send them to a folder of
+// the temporary directory rather than the working one. Once per process.
+void CaptureFaultsAside(const char* folder);
+
 uint32_t ReadU24(const uint8_t* p);
 void WriteU24(uint8_t* p, uint32_t v);
 
