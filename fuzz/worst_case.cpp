@@ -118,8 +118,9 @@ Result Encode(uint32_t fourcc, uint32_t family, uint32_t cs, const Pattern& p, c
     const int32_t x = static_cast<int32_t>(o % stride) / pixelBytes;
     const int32_t y = static_cast<int32_t>(o / stride);
     const int channel = static_cast<int>(o % pixelBytes);
-    if (cs == kCsYA44 && channel == 1) main[o] = alpha.At(x, y, kAlpha);
-    else main[o] = p.At(channel == 0 || planar ? x : x >> sx, channel == 0 || planar ? y : y >> sy, channel);
+    // Packed pixels are colour (RGB) or carry alpha in luma (AYUV): every
+    // byte its own sample, exactly as the driver check below feeds them.
+    main[o] = cs == kCsYA44 && channel == 1 ? alpha.At(x, y, kAlpha) : p.At(x, y, channel);
   }
   for (size_t o = 0; o < chroma.size(); ++o) {
     chroma[o] = p.At((static_cast<int32_t>(o % chromaLine) / 2) >> sx,
@@ -141,9 +142,9 @@ Result Encode(uint32_t fourcc, uint32_t family, uint32_t cs, const Pattern& p, c
   return {s == Status::kOk ? static_cast<size_t>(size - 4) : capacity, s == Status::kOk};
 }
 
-// ICM_COMPRESS of the pattern as AYUV (alpha variants) or RGB24 into
-// exactly width * height * 6 bytes: the frame's length, or 0 for a refusal.
-int64_t DriverCompress(uint32_t fourcc, bool alphaVariant, const Pattern& p) {
+// ICM_COMPRESS of the pattern as AYUV (hostile alpha) or RGB24 into exactly
+// width * height * 6 bytes: the frame's length, or 0 for a refusal.
+int64_t DriverCompress(uint32_t fourcc, bool ayuv, const Pattern& p) {
   ICOPEN open{};
   open.dwSize = sizeof open;
   open.fccType = ICTYPE_VIDEO;
@@ -157,9 +158,9 @@ int64_t DriverCompress(uint32_t fourcc, bool alphaVariant, const Pattern& p) {
   input.biWidth = kSize;
   input.biHeight = -kSize;
   input.biPlanes = 1;
-  input.biBitCount = alphaVariant ? 32 : 24;
-  input.biCompression = alphaVariant ? VTC_FOURCC('A', 'Y', 'U', 'V') : 0;
-  const size_t pixelBytes = alphaVariant ? 4 : 3;
+  input.biBitCount = ayuv ? 32 : 24;
+  input.biCompression = ayuv ? VTC_FOURCC('A', 'Y', 'U', 'V') : 0;
+  const size_t pixelBytes = ayuv ? 4 : 3;
   input.biSizeImage = static_cast<uint32_t>(pixelBytes * kSize * kSize);
   std::vector<uint8_t> picture(input.biSizeImage);
   for (size_t o = 0; o < picture.size(); ++o) {
@@ -229,7 +230,7 @@ int main(int argc, char** argv) {
       for (const Pattern& p : fixed) tryPattern(p);
       for (int i = 0; i < mixtures; ++i) tryPattern({Kind::kMixture, 1, rng.Next()});
       static const char* const kNames[] = {"noise", "checkerboard", "basis signs", "block DC", "mixture", "binary noise"};
-      const int64_t driver = DriverCompress(kVariants[v], alphaVariant, bestPattern);
+      const int64_t driver = DriverCompress(kVariants[v], alphaVariant && hostile != 0, bestPattern);
       char driverText[64];
       if (driver > 0) std::snprintf(driverText, sizeof driverText, "%.2f bytes/pixel", driver / pixels);
       else std::snprintf(driverText, sizeof driverText, "refused (does not fit)");
