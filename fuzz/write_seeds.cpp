@@ -3,6 +3,7 @@
 // Generated rather than committed, so the repository holds no binaries and
 // the seeds follow the encoder. Usage: write_seeds <directory>; one
 // subdirectory per target.
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -75,6 +76,23 @@ void WriteAvi(const fs::path& dir, uint32_t fourcc, const Bytes& frame) {
   writer.finish();
 }
 
+// A copy of `seed` whose picture header declares the most negative height,
+// which has no magnitude in 32 bits: once a fault of the reader.
+void WriteAviWithoutHeight(const fs::path& seed) {
+  std::FILE* f = std::fopen(seed.string().c_str(), "rb");
+  FUZZ_CHECK(f != nullptr);
+  Bytes bytes(static_cast<size_t>(fs::file_size(seed)));
+  FUZZ_CHECK(std::fread(bytes.data(), 1, bytes.size(), f) == bytes.size());
+  std::fclose(f);
+  const uint8_t strf[4] = {'s', 't', 'r', 'f'};
+  const auto at = std::search(bytes.begin(), bytes.end(), strf, strf + 4);
+  FUZZ_CHECK(at + 20 <= bytes.end());
+  const size_t height = static_cast<size_t>(at - bytes.begin()) + 8 + 8;  // chunk header, biSize, biWidth
+  bytes[height] = bytes[height + 1] = bytes[height + 2] = 0;
+  bytes[height + 3] = 0x80;
+  Save(seed.parent_path(), "height_min.avi", bytes);
+}
+
 void WriteY4m(const fs::path& dir, vantaro::tool::Chroma chroma, int index) {
   fs::create_directories(dir);
   const std::string path = (dir / ("seed_" + std::to_string(index) + ".y4m")).string();
@@ -121,6 +139,7 @@ int main(int argc, char** argv) {
     Save(root / "round_trip_fuzzer", "board_" + name, Join({v, 20, 20, 89, 4, 6}, {}));
     if (v == 2 || v == 5) WriteAvi(root / "avi_reader_fuzzer", fourcc, frame);
   }
+  WriteAviWithoutHeight(root / "avi_reader_fuzzer" / ("seed_" + std::to_string(kVariants[2] >> 24) + ".avi"));
   using vantaro::tool::Chroma;
   const Chroma chromas[] = {Chroma::k420, Chroma::k422, Chroma::k444, Chroma::k444Alpha};
   for (int i = 0; i < 4; ++i) WriteY4m(root / "y4m_reader_fuzzer", chromas[i], i);
