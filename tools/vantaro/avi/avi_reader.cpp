@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 
 #include "avi/avi.h"
 #include "avi/riff.h"
@@ -92,7 +93,9 @@ void AviReader::header_chunk(uint32_t id, const std::vector<uint8_t>& b) {
     } else if (id == fourcc("strf") && in_video_strl_ && b.size() >= 40) {
         video_.coded_width = int32_t(get32(b.data() + 4));
         const int32_t h = int32_t(get32(b.data() + 8));
-        video_.coded_height = h < 0 ? -h : h;
+        // Negative: a top-down picture. The most negative value has no
+        // magnitude in 32 bits; 0 says "no valid size" and is refused later.
+        video_.coded_height = h == INT32_MIN ? 0 : h < 0 ? -h : h;
         video_.bit_count = get16(b.data() + 14);
         // The handler may be blank or differ in case; the compression field
         // is what decoders go by.

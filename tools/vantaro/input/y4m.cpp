@@ -1,5 +1,6 @@
 #include "input/y4m.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <sstream>
 
@@ -127,9 +128,19 @@ bool Y4mReader::read(std::vector<uint8_t>& frame) {
     if (head.empty()) return false;
     if (head.compare(0, 5, "FRAME") != 0)
         throw UserError(in_.name() + ": expected a FRAME line between frames");
-    frame.resize(format_.frame_bytes());
-    if (!in_.read_exact(frame.data(), frame.size()))
-        throw UserError(in_.name() + ": the stream ends after a FRAME line");
+    // The buffer grows with the bytes that arrive: a header may promise a
+    // gigabyte a frame that a short or hostile stream never delivers.
+    constexpr size_t kStep = size_t(1) << 22;
+    const size_t total = format_.frame_bytes();
+    frame.clear();
+    while (frame.size() < total) {
+        const size_t at = frame.size();
+        frame.resize(at + std::min(kStep, total - at));
+        const size_t got = in_.read_some(frame.data() + at, frame.size() - at);
+        if (got != frame.size() - at)
+            throw UserError(in_.name() + (at + got == 0 ? ": the stream ends after a FRAME line"
+                                                        : ": file ends in the middle of a frame"));
+    }
     return true;
 }
 

@@ -1,0 +1,87 @@
+// DriverProc decompression as a host drives it: open, query, begin,
+// decompress, end, close, with headers drawn from the input. Choice bytes
+// pick the variant (either case), the output layout, the size (a negative
+// width now and then), the orientation and how much smaller than the frame
+// the host's output buffer may be; the rest is the stream, whose length the
+// input header declares and which sits in a heap block of exactly that
+// size. The output buffer is exactly the output header's biSizeImage: the
+// driver must refuse what does not fit rather than write past it.
+#include <cstring>
+#include <memory>
+
+#include "codec/codec_instance.h"
+#include "driver/driver_formats.h"
+#include "fuzz_support.h"
+#include "vantaro/driver.h"
+
+using namespace vantaro;
+using namespace vantaro::fuzz;
+
+namespace {
+
+int64_t Send(uint64_t id, uint32_t message, const void* p1, const void* p2) {
+  return DriverProc(id, nullptr, message, reinterpret_cast<intptr_t>(p1),
+                    reinterpret_cast<intptr_t>(p2));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  CaptureFaultsAside("vantaro_driver_decode_fuzzer");
+  Choices in(data, size);
+  const uint8_t variant = in.Byte();
+  int32_t width = DirectWidth(in.Byte());
+  const int32_t height = DirectHeight(in.Byte());
+  const uint8_t flags = in.Byte();
+  const uint8_t shrink = in.Byte();
+  const HeaderLayout layout = kHeaderLayouts[(flags & 15) % 12];
+  const bool topDown = (flags & 16) != 0;
+  if ((flags & 32) != 0 && (shrink & 3) == 0) width = -width;
+  uint32_t fourcc = kVariants[variant & 7];
+  if ((variant & 8) != 0) fourcc |= 0x20202020;  // lower case: opens, but queries refuse
+
+  const size_t length = in.RestSize();
+  if (length == 0) return 0;  // a zero biSizeImage means "unknown": the header is trusted
+  std::unique_ptr<uint8_t[]> stream(new uint8_t[length]);
+  std::memcpy(stream.get(), in.Rest(), length);
+
+  BITMAPINFOHEADER input{};
+  input.biSize = sizeof input;
+  input.biWidth = width;
+  input.biHeight = height;
+  input.biPlanes = 1;
+  input.biBitCount = 24;
+  input.biCompression = fourcc & ~0x20202020u;
+  input.biSizeImage = static_cast<uint32_t>(length);
+  BITMAPINFOHEADER output = input;
+  output.biHeight = topDown ? -height : height;
+  output.biBitCount = layout.bitCount;
+  output.biCompression = layout.compression;
+  // The frame's extent in this layout, less what the host holds back; a
+  // zero size would again mean "unknown", so at least one byte.
+  const int64_t need = DriverFrameBytes(static_cast<uint32_t>(ColorSpaceFromHeader(&output)),
+                                        width < 0 ? -width : width, height);
+  int64_t room = need - ((flags & 64) != 0 ? shrink : 0);
+  if (room < 1) room = 1;
+  output.biSizeImage = static_cast<uint32_t>(room);
+  std::unique_ptr<uint8_t[]> picture(new uint8_t[static_cast<size_t>(room)]);
+
+  ICOPEN open{};
+  open.dwSize = sizeof open;
+  open.fccType = ICTYPE_VIDEO;
+  open.fccHandler = fourcc;
+  const uint64_t id = static_cast<uint64_t>(Send(0, DRV_OPEN, nullptr, &open));
+  FUZZ_CHECK(id != 0);
+  (void)Send(id, ICM_DECOMPRESS_QUERY, &input, &output);
+  (void)Send(id, ICM_DECOMPRESS_BEGIN, &input, &output);
+  ICDECOMPRESS frame{};
+  frame.lpbiInput = &input;
+  frame.lpInput = stream.get();
+  frame.lpbiOutput = &output;
+  frame.lpOutput = picture.get();
+  const int64_t result = Send(id, ICM_DECOMPRESS, &frame, nullptr);
+  FUZZ_CHECK(result == ICERR_OK || result == ICERR_BADFORMAT);
+  (void)Send(id, ICM_DECOMPRESS_END, nullptr, nullptr);
+  FUZZ_CHECK(Send(id, DRV_CLOSE, nullptr, nullptr) == 1);
+  return 0;
+}
