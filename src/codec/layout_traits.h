@@ -19,6 +19,10 @@ struct LayoutTraits {
   static constexpr bool kLumaAlpha = kFacts.lumaAlpha;
   static constexpr bool kFullWidthChroma = FullWidthChroma(kFacts);
   static constexpr bool kHalfHeightChroma = HalfHeightChroma(kFacts);
+  static constexpr bool kHasAlpha = kFacts.hasAlpha;
+  static constexpr int kChromaShiftX = kFacts.chromaShiftX;
+  // Chroma samples of one macroblock line of the layout.
+  static constexpr int kChromaSamples = 16 >> kChromaShiftX;
   // Main-plane bytes of one macroblock column (16 pixels).
   static constexpr int32_t kColumnBytes = 16 * kFacts.pixelBytes;
   static constexpr int32_t kSecondStep = SecondStep(kFacts);

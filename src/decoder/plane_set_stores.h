@@ -42,10 +42,10 @@ template <uint32_t Id>
 struct PlaneSetStore : LayoutTraits<Id> {
   using Traits = LayoutTraits<Id>;
   static_assert(Traits::kPlaneSet);
-  static constexpr int kShiftX = Traits::kFacts.chromaShiftX;
-  static constexpr bool k420 = Traits::kHalfHeightChroma;
-  static constexpr bool kAlpha = Traits::kFacts.hasAlpha;
-  static constexpr int kChromaSamples = 16 >> kShiftX;
+  using Traits::kChromaSamples;
+  using Traits::kChromaShiftX;
+  using Traits::kHalfHeightChroma;
+  using Traits::kHasAlpha;
 
   using Field = PlaneField<uint8_t>;
   struct Cursor {
@@ -117,25 +117,25 @@ struct PlaneSetStore : LayoutTraits<Id> {
                     int32_t lines) {
     const Field& f = *c.field;
     const int32_t x = 16 * c.column;
-    const int32_t xc = x >> kShiftX;
+    const int32_t xc = x >> kChromaShiftX;
     for (int32_t r = 0; r < lines; ++r) {
       const int32_t y = 2 * (16 * c.row + r) + f.field;
       if (y >= f.height) break;
       uint8_t bytes[16];
       LumaBytes(k, s, r, bytes);
       Put(f, 0, y, x, bytes, 16, f.width);
-      if constexpr (kAlpha) {
+      if constexpr (kHasAlpha) {
         AlphaOf<A>::Bytes(k, s, r, bytes);
         Put(f, 3, y, x, bytes, 16, f.width);
       }
-      if constexpr (!k420) {
+      if constexpr (!kHalfHeightChroma) {
         uint8_t u[16], v[16];
         LineChroma<F>(k, s, r, u, v);
         Put(f, 1, y, xc, u, kChromaSamples, f.chromaWidth);
         Put(f, 2, y, xc, v, kChromaSamples, f.chromaWidth);
       }
     }
-    if constexpr (k420) {
+    if constexpr (kHalfHeightChroma) {
       for (int32_t m = 0; 2 * m < lines; ++m) {
         const int32_t y = 2 * (8 * c.row + m) + f.field;
         if (y >= f.chromaHeight) break;

@@ -24,10 +24,10 @@ template <uint32_t Id>
 struct PlaneSetLoader : LayoutTraits<Id> {
   using Traits = LayoutTraits<Id>;
   static_assert(Traits::kPlaneSet);
-  static constexpr int kShiftX = Traits::kFacts.chromaShiftX;
-  static constexpr bool k420 = Traits::kHalfHeightChroma;
-  static constexpr bool kAlpha = Traits::kFacts.hasAlpha;
-  static constexpr int kChromaSamples = 16 >> kShiftX;  // chroma samples a macroblock line
+  using Traits::kChromaSamples;
+  using Traits::kChromaShiftX;
+  using Traits::kHalfHeightChroma;
+  using Traits::kHasAlpha;
 
   using Field = PlaneField<const uint8_t>;
   // A macroblock's place: its field, field macroblock row and column.
@@ -55,7 +55,7 @@ struct PlaneSetLoader : LayoutTraits<Id> {
 
   // The layout's own chroma for field line L: kChromaSamples of U and V.
   static void SourceChroma(const Field& f, int32_t L, int32_t x, int16_t* u, int16_t* v) {
-    const int32_t y = k420 ? f.ChromaLine420(L >> 1) : f.FrameLine(L);
+    const int32_t y = kHalfHeightChroma ? f.ChromaLine420(L >> 1) : f.FrameLine(L);
     uint8_t edge[16];
     const uint8_t* su = Samples(f, 1, y, x, kChromaSamples, f.chromaWidth, edge);
     for (int i = 0; i < kChromaSamples; ++i) u[i] = su[i];
@@ -73,11 +73,11 @@ struct PlaneSetLoader : LayoutTraits<Id> {
   static void PutLineChroma(MacroblockScratch& s, const Field& f, int32_t L, int32_t x, int i) {
     int16_t u[16], v[16];
     SourceChroma(f, L, x, u, v);
-    if constexpr (F == Family::k422 && kShiftX == 0) {
+    if constexpr (F == Family::k422 && kChromaShiftX == 0) {
       HalveColumns(u);
       HalveColumns(v);
     }
-    place::PutChroma<F, F == Family::k444 && kShiftX == 0>(s, i, u, v);
+    place::PutChroma<F, F == Family::k444 && kChromaShiftX == 0>(s, i, u, v);
   }
 
   // 4:2:0 chroma row m from field lines L and L2 (L2 == L at a partial
@@ -86,10 +86,10 @@ struct PlaneSetLoader : LayoutTraits<Id> {
                               int32_t x, int m) {
     int16_t u[16], v[16];
     SourceChroma(f, L, x, u, v);
-    if constexpr (!k420) {
+    if constexpr (!kHalfHeightChroma) {
       int16_t u2[16], v2[16];
       SourceChroma(f, L2, x, u2, v2);
-      if constexpr (kShiftX == 0) {
+      if constexpr (kChromaShiftX == 0) {
         for (int i = 0; i < 8; ++i) {
           u[i] = static_cast<int16_t>((u[2 * i] + u[2 * i + 1] + u2[2 * i] + u2[2 * i + 1] + 2) >> 2);
           v[i] = static_cast<int16_t>((v[2 * i] + v[2 * i + 1] + v2[2 * i] + v2[2 * i + 1] + 2) >> 2);
@@ -110,7 +110,7 @@ struct PlaneSetLoader : LayoutTraits<Id> {
                        int rows) {
     const Field& f = *c.field;
     const int32_t x = 16 * c.column;
-    const int32_t xc = x >> kShiftX;
+    const int32_t xc = x >> kChromaShiftX;
     uint8_t edge[16];
     for (int i = 0; i < rows; ++i) {
       const int32_t L = 16 * c.row + i;
@@ -119,7 +119,7 @@ struct PlaneSetLoader : LayoutTraits<Id> {
       int16_t wide[16];
       for (int j = 0; j < 16; ++j) wide[j] = luma[j];
       place::PutLuma(s, i, wide);
-      if constexpr (kAlpha) {
+      if constexpr (kHasAlpha) {
         place::PutAlpha<A>(s, i, Samples(f, 3, y, x, 16, f.width, edge));
       } else {
         place::PutOpaqueAlpha<A>(s, i);
