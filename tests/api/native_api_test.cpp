@@ -80,23 +80,6 @@ TEST(NativeApi, FrameBoundHoldsNoiseAtQuality99) {
   }
 }
 
-TEST(NativeApi, OneByteShortAnswersBufferTooSmallAndLeavesTheRestAlone) {
-  const Picture in = Make(VANTARO_FORMAT_YUV422P, 48, 32, true);
-  const std::vector<uint8_t> frame = Encoded(VANTARO_FOURCC_VTQ2, in, 90);
-  vantaro_encoder* e = nullptr;
-  ASSERT_EQ(vantaro_encoder_create(VANTARO_FOURCC_VTQ2, 48, 32, 90, nullptr, &e), VANTARO_OK);
-  std::vector<uint8_t> out(frame.size() + 8, 0xA5);
-  size_t written = 0;
-  EXPECT_EQ(vantaro_encode(e, &in.pic, out.data(), frame.size() - 1, &written),
-            VANTARO_ERROR_BUFFER_TOO_SMALL);
-  EXPECT_EQ(out[frame.size() - 1], 0xA5);
-  EXPECT_EQ(vantaro_encode(e, &in.pic, out.data(), frame.size(), &written), VANTARO_OK);
-  EXPECT_EQ(written, frame.size());
-  EXPECT_EQ(0, std::memcmp(out.data(), frame.data(), frame.size()));
-  EXPECT_EQ(out[frame.size()], 0xA5);
-  vantaro_encoder_destroy(e);
-}
-
 TEST(NativeApi, ArgumentChecksAnswerTheirStatus) {
   vantaro_encoder* e = nullptr;
   vantaro_decoder* d = nullptr;
@@ -136,7 +119,7 @@ TEST(NativeApi, ArgumentChecksAnswerTheirStatus) {
   EXPECT_EQ(vantaro_version(), static_cast<uint32_t>(VANTARO_VERSION));
 }
 
-TEST(NativeApi, TruncatedAndLyingFramesAnswerStatusesOrDamage) {
+TEST(NativeApi, TruncatedAndLyingFramesAnswerTheirStatuses) {
   const Picture in = Make(VANTARO_FORMAT_YUVA444P, 64, 128, true);
   for (uint32_t fourcc : kVariants) {
     const std::vector<uint8_t> frame = Encoded(fourcc, in, 80);
@@ -146,17 +129,6 @@ TEST(NativeApi, TruncatedAndLyingFramesAnswerStatusesOrDamage) {
     std::vector<uint8_t> lying = frame;
     lying[1] ^= 0x01;  // the second-field offset no longer matches the first field
     EXPECT_EQ(Decode(fourcc, lying, out.pic), VANTARO_ERROR_BAD_HEADER);
-    // Garbage inside field 1, slice 2: that slice is reported, the rest decoded.
-    vantaro_frame_info info;
-    ASSERT_EQ(vantaro_frame_inspect(frame.data(), frame.size(), &info), VANTARO_OK);
-    size_t pos = info.second_field_offset + info.slice_lengths[4] + info.slice_lengths[5];
-    std::vector<uint8_t> damaged = frame;
-    for (size_t i = pos + 3; i < pos + info.slice_lengths[6]; ++i) damaged[i] = 0xFF;
-    vantaro_decode_report report;
-    const vantaro_status s = Decode(fourcc, damaged, out.pic, &report);
-    EXPECT_EQ(s, VANTARO_ERROR_DAMAGED);
-    EXPECT_EQ(report.damaged_slices, 1u << 6);
-    EXPECT_EQ(report.damaged_count, 1u);
   }
 }
 

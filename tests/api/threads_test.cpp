@@ -40,6 +40,7 @@ TEST(Threads, EveryCountGivesOneThreadsBytesSamplesAndDamage) {
     ASSERT_EQ(Decode(c.fourcc, reference, decoded.pic, nullptr, &one), VANTARO_OK);
     ASSERT_EQ(Decode(c.fourcc, damaged, decodedDamaged.pic, &report, &one), VANTARO_ERROR_DAMAGED);
     EXPECT_EQ(report.damaged_slices, 2u);
+    EXPECT_EQ(report.damaged_count, 1u);
     for (const int32_t threads : {2, 3, 8, 0, -1}) {
       SCOPED_TRACE(Name(c.fourcc) + " threads " + std::to_string(threads));
       // -1: one thread on the scalar kernels.
