@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "capture_sandbox.h"
 #include "codec/field_flow.h"
 #include "diagnostics/fault_capture.h"
 #include "platform/debug_output.h"
@@ -24,17 +26,29 @@ using test::StreamWriter;
 std::vector<std::string> g_debugText;
 void CollectDebugText(const char* text) { g_debugText.emplace_back(text); }
 
-class DecodeFault : public test::CaptureSandbox {
+// The fault capture points at a fresh directory of each test's own, so that
+// no test leaves VTQ_Crash_* files in the working directory.
+class DecodeFault : public testing::Test {
  protected:
   void SetUp() override {
-    CaptureSandbox::SetUp();
+    dir_ = std::filesystem::temp_directory_path() /
+           ("vantaro_fault_" + std::to_string(std::random_device{}()) + "_" +
+            testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::filesystem::create_directories(dir_);
+    SetFaultCaptureDirectory(dir_.string());
     g_debugText.clear();
     SetDebugOutputSink(CollectDebugText);
   }
   void TearDown() override {
     SetDebugOutputSink(nullptr);
-    CaptureSandbox::TearDown();
+    SetFaultCaptureDirectory("");
+    std::filesystem::remove_all(dir_);
   }
+  std::string ReadFile(const char* name) const {
+    std::ifstream in(dir_ / name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  std::filesystem::path dir_;
 };
 
 // A 16 x 32 VTQ2 frame whose first field's only macroblock runs past its
@@ -60,7 +74,7 @@ std::vector<uint8_t> FaultingFrame() {
 
 TEST_F(DecodeFault, FirstFaultIsCapturedOnceAndTheOtherFieldStillDecodes) {
   const std::vector<uint8_t> frame = FaultingFrame();
-  test::TestInstance inst(test::FourCC('V', 'T', 'Q', '2'), kCsYUY2, 16, 32);
+  test::TestInstance inst(test::FourCC("VTQ2"), kCsYUY2, 16, 32);
   std::vector<uint8_t> picture(32 * 32, 0xCD);
   EXPECT_EQ(DecompressFrame(inst.get(), picture.data(), nullptr, frame.data(), 32, frame.size()), 0);
   EXPECT_EQ(picture[0], 0xCD);  // field 0 ended at its fault
@@ -78,7 +92,7 @@ TEST_F(DecodeFault, FirstFaultIsCapturedOnceAndTheOtherFieldStillDecodes) {
 
   // A second fault leaves both files as they are.
   std::vector<uint8_t> big(720 * 480 * 2 + 64, 7);
-  test::TestInstance other(test::FourCC('V', 'T', 'Q', '2'), kCsYUY2, 16, 32);
+  test::TestInstance other(test::FourCC("VTQ2"), kCsYUY2, 16, 32);
   EXPECT_EQ(DecompressField(other.get(), big.data(), nullptr, frame.data(), 64, 0, {frame.size(), big.size()}), 0);
   EXPECT_EQ(ReadFile("VTQ_Crash_Input"), input);
   EXPECT_EQ(ReadFile("VTQ_Crash_Output"), output);
@@ -92,7 +106,7 @@ TEST_F(DecodeFault, ReadableMemoryIsCapturedInFull) {
   const size_t captured = n * 5 + 1;
   frame.resize(std::max(frame.size(), captured), 0x5A);
   std::vector<uint8_t> picture(691200 + 64, 3);
-  test::TestInstance inst(test::FourCC('V', 'T', 'Q', '2'), kCsYUY2, 16, 32);
+  test::TestInstance inst(test::FourCC("VTQ2"), kCsYUY2, 16, 32);
   EXPECT_EQ(DecompressField(inst.get(), picture.data(), nullptr, frame.data(), 64, 0,
                             {frame.size(), picture.size()}),
             0);
@@ -106,9 +120,8 @@ TEST_F(DecodeFault, ReadableMemoryIsCapturedInFull) {
 // outside the stream or written outside the picture (ASan in CI), and every
 // call answers 0. Faults only leave the capture files.
 TEST_F(DecodeFault, DamagedStreamsStayInBounds) {
-  const uint32_t variants[] = {test::FourCC('V', 'T', 'Q', '1'), test::FourCC('V', 'T', 'Q', '3'),
-                               test::FourCC('V', 'T', 'Q', '4'), test::FourCC('V', 'T', 'Q', '7'),
-                               test::FourCC('V', 'T', 'Q', '9')};
+  const uint32_t variants[] = {test::FourCC("VTQ1"), test::FourCC("VTQ3"), test::FourCC("VTQ4"),
+                               test::FourCC("VTQ7"), test::FourCC("VTQ9")};
   const uint32_t layouts[] = {kCsNV12, kCsYA20, kCsUYVA, kCsRGB32, kCsAYUV};
   std::mt19937 rng(2024);
   int cases = 0;

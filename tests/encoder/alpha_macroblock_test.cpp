@@ -1,4 +1,5 @@
-// The run/value alpha plane and whole macroblocks: costs and DC prediction.
+// The run/value alpha plane and whole macroblocks, bit by bit: long runs,
+// wide values, row prediction, the cost of flat macroblocks and DC prediction.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -24,30 +25,6 @@ std::string Repeat(const std::string& s, int n) {
   std::string out;
   for (int i = 0; i < n; ++i) out += s;
   return out;
-}
-
-TEST(AlphaCoder, OpaquePlaneCostsTwoEndMarkers) {
-  MacroblockScratch s{};
-  s.ResetPredictors();
-  std::memset(s.Alpha(), 255, 256);
-  Writer out;
-  EncodeAlphaPlane(s, out.w);
-  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)), "110" "110");
-}
-
-TEST(AlphaCoder, TransparentPlaneCodesRowZeroThenPredictsAcrossMacroblocks) {
-  MacroblockScratch s{};
-  s.ResetPredictors();
-  std::memset(s.Alpha(), 0, 256);
-  Writer out;
-  EncodeAlphaPlane(s, out.w);
-  // Row 0 differs by 255 (-1) from the opaque predictor: run 0 "0", value "11".
-  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)), Repeat("011", 16) + "110" + "110");
-  for (int i = 0; i < 16; ++i) EXPECT_EQ(s.alphaRowPredictor[i], 0);
-  std::memset(s.Alpha(), 0, 256);
-  const uint32_t before = out.w.bitPos;
-  EncodeAlphaPlane(s, out.w);
-  EXPECT_EQ(out.w.bitPos - before, 6u);
 }
 
 TEST(AlphaCoder, HalfCodesLongRunsWideValuesAndStopsAtTheLastNonZeroByte) {
@@ -95,7 +72,7 @@ uint32_t FlatMacroblockBits(MacroblockScratch& s, int16_t luma, int16_t chroma, 
     if (F != Family::k420 || r < 8) place::PutChroma<F, true>(s, r, l.u, l.v);
     place::PutAlpha<A>(s, r, l.a);
   }
-  test::TestInstance instance(test::FourCC('V', 'T', 'Q', '0'), kCsNV12, 16, 32);
+  test::TestInstance instance(test::FourCC("VTQ0"), kCsNV12, 16, 32);
   const uint32_t before = out.w.bitPos;
   EncodeMacroblock<F, A>(*instance.get(), kForwardKernelsScalar, s, out.w);
   return out.w.bitPos - before;
