@@ -1,5 +1,5 @@
-// The run/value alpha plane and whole macroblocks, bit by bit: long runs,
-// wide values, row prediction, the cost of flat macroblocks and DC prediction.
+// Whole macroblocks bit by bit: the cost of flat ones in each family and
+// alpha coding, and DC prediction across blocks and macroblocks.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -7,7 +7,6 @@
 
 #include "codec/global_tables.h"
 #include "codec/macroblock_scratch.h"
-#include "encoder/alpha_coder.h"
 #include "encoder/loader_place.h"
 #include "encoder/macroblock_encoder.h"
 #include "support/pictures.h"
@@ -20,44 +19,6 @@ struct Writer {
   BitWriter w{buffer, 0, 0, sizeof buffer};
   std::string Bits(uint64_t from, int n) { return test::BitPeek(buffer, from).Bits(n); }
 };
-
-std::string Repeat(const std::string& s, int n) {
-  std::string out;
-  for (int i = 0; i < n; ++i) out += s;
-  return out;
-}
-
-TEST(AlphaCoder, HalfCodesLongRunsWideValuesAndStopsAtTheLastNonZeroByte) {
-  Writer out;
-  uint8_t half[128] = {};
-  half[127] = 128;  // run 127, then the 10-bit value form
-  EncodeAlphaHalf(half, out.w);
-  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)),
-            "111" "1111111" "00" "00000001" "110");
-  std::memset(half, 0, sizeof half);
-  half[0] = 2;    // run 0, value 2
-  half[6] = 254;  // run 5: the long run form, value -2
-  half[8] = 3;    // run 1
-  Writer second;
-  EncodeAlphaHalf(half, second.w);
-  EXPECT_EQ(second.Bits(0, static_cast<int>(second.w.bitPos)),
-            "0" "01000" "111" "1010000" "01100" "1000" "01010" "110");
-}
-
-TEST(AlphaCoder, DifferencesArePreviousMinusCurrentRowByRow) {
-  MacroblockScratch s{};
-  s.ResetPredictors();
-  for (int r = 0; r < 16; ++r) std::memset(s.Alpha() + 16 * r, 255 - r, 16);
-  Writer out;
-  EncodeAlphaPlane(s, out.w);
-  // Row 0 equals the predictor; rows 1..7 each differ by +1: 16 pairs of
-  // run 0, value 1 ("0" "10") per row; row 8 is predicted from row 7.
-  const std::string row = Repeat("010", 16);
-  EXPECT_EQ(out.Bits(0, static_cast<int>(out.w.bitPos)),
-            "111" "0000100" "10" + Repeat("010", 15) + Repeat(row, 6) + "110" +
-                Repeat(row, 8) + "110");
-  EXPECT_EQ(s.alphaRowPredictor[3], 240);
-}
 
 template <Family F, AlphaCoding A>
 uint32_t FlatMacroblockBits(MacroblockScratch& s, int16_t luma, int16_t chroma, Writer& out) {
