@@ -1,6 +1,7 @@
-// Whole frames through the walks: slice layout, partial rows, reads that stay
-// inside the frame, and buffer limits. Which bytes each loader reads, line
-// order included, is pinned by the golden streams (tests/codec).
+// Whole frames through the walks: slice layout, partial rows and reads that
+// stay inside the frame. Which bytes each loader reads, line order included,
+// is pinned by the golden streams (tests/codec); the writer's capacity by
+// the container and capacity tests.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -131,35 +132,6 @@ TEST(EncoderStream, PackedLayoutsReadOnlyInsideTheirFrame) {
       }
     }
   }
-}
-
-TEST(EncoderStream, ATooSmallBufferDoesNotFitAndNothingIsWrittenPastItsEnd) {
-  const Frame f = test::MakeFrame(kCsRGB32, 64, 96, 11);
-  TestInstance instance(FourCC("VTQ5"), kCsRGB32, 64, 96);
-  std::vector<uint8_t> reference(1 << 18);
-  const int64_t size = test::CompressFrameSize(instance.get(), reference.data(), reference.size(),
-                                               f.main.data(), nullptr, f.stride);
-  int fits = 0, misses = 0;
-  for (int64_t capacity = 0; capacity <= size + 8; capacity += capacity < size - 80 ? 61 : 1) {
-    std::vector<uint8_t> buffer(static_cast<size_t>(size) + 64, 0xA5);
-    int64_t n = 0;
-    const Status status = CompressFrame(instance.get(), buffer.data(), static_cast<size_t>(capacity),
-                                        f.main.data(), nullptr, f.stride, &n);
-    if (status == Status::kOk) {
-      ASSERT_EQ(n, size);
-      EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + size - 4, reference.begin()));
-      ++fits;
-    } else {
-      EXPECT_EQ(status, Status::kDoesNotFit);
-      EXPECT_LT(capacity, size) << "an exact fit must work";
-      ++misses;
-    }
-    for (size_t i = static_cast<size_t>(capacity); i < buffer.size(); ++i) {
-      ASSERT_EQ(buffer[i], 0xA5) << "capacity " << capacity << " byte " << i;
-    }
-  }
-  EXPECT_GT(fits, 0);
-  EXPECT_GT(misses, 0);
 }
 
 }  // namespace

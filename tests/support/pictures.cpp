@@ -86,37 +86,18 @@ std::string BitPeek::Bits(int n) {
   return out;
 }
 
-Extent PlaneExtent(vantaro_format f, int32_t w, int32_t h, int p) {
-  const int32_t even = (w + 1) & ~1, halfH = (h + 1) / 2;
-  if (f <= VANTARO_FORMAT_YUVA444P) {
-    const int32_t sx = f <= VANTARO_FORMAT_YUVA422P ? 1 : 0, sy = f <= VANTARO_FORMAT_YUVA420P ? 1 : 0;
-    if (p == 0 || (p == 3 && f % 2 == 0)) return {w, h};
-    return p == 3 ? Extent{0, 0} : Extent{(w + sx) >> sx, (h + sy) >> sy};
-  }
-  // The main plane's line, and the second plane (planes[1], planes[3] for UYVA).
-  const struct {
-    vantaro_format f;
-    int32_t mainBytes, secondBytes, secondLines;
-  } rows[] = {
-      {VANTARO_FORMAT_NV12, w, even, halfH},   {VANTARO_FORMAT_NV16, w, even, h},
-      {VANTARO_FORMAT_NV24, w, 2 * w, h},      {VANTARO_FORMAT_YA20, 2 * w, even, halfH},
-      {VANTARO_FORMAT_YA22, 2 * w, even, h},   {VANTARO_FORMAT_YA44, 2 * w, 2 * w, h},
-      {VANTARO_FORMAT_YUY2, 2 * even, 0, 0},   {VANTARO_FORMAT_UYVY, 2 * even, 0, 0},
-      {VANTARO_FORMAT_UYVA, 2 * even, w, h},   {VANTARO_FORMAT_AYUV, 4 * w, 0, 0},
-      {VANTARO_FORMAT_RGB24, 3 * w, 0, 0},     {VANTARO_FORMAT_RGB32, 4 * w, 0, 0},
-  };
-  for (const auto& r : rows) {
-    if (r.f != f) continue;
-    if (p == 0) return {r.mainBytes, h};
-    return p == (f == VANTARO_FORMAT_UYVA ? 3 : 1) ? Extent{r.secondBytes, r.secondLines} : Extent{0, 0};
-  }
-  return {0, 0};
-}
-
 Picture::Picture(vantaro_format format, int32_t w, int32_t h) {
   const size_t size = vantaro_picture_size(format, w, h);
   bytes.assign(size + 2 * kGuardBytes, kGuard);
   vantaro_picture_fill(&pic, format, w, h, bytes.data() + kGuardBytes, size);
+}
+
+// Planes lie back to back: each ends where the next one starts.
+Extent Picture::Of(int p) const {
+  if (pic.planes[p] == nullptr) return {0, 0};
+  const uint8_t* end = bytes.data() + bytes.size() - kGuardBytes;
+  for (const uint8_t* q : pic.planes) end = q > pic.planes[p] && q < end ? q : end;
+  return {pic.strides[p], static_cast<int32_t>((end - pic.planes[p]) / pic.strides[p])};
 }
 
 bool Picture::GuardsIntact() const {

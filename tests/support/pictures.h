@@ -90,21 +90,15 @@ constexpr uint32_t kVariantFourCCs[] = {VANTARO_FOURCC_VTQ0, VANTARO_FOURCC_VTQ1
 constexpr vantaro_format kPlaneSets[] = {VANTARO_FORMAT_YUV420P, VANTARO_FORMAT_YUVA420P,
                                          VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_YUVA422P,
                                          VANTARO_FORMAT_YUV444P, VANTARO_FORMAT_YUVA444P};
-// VTQ0, VTQ2 and VTQ4 carry no alpha; VTQ0, 1 are 4:2:0, VTQ2, 3, 7 4:2:2.
+// VTQ0, VTQ2 and VTQ4 carry no alpha.
 inline bool StreamHasAlpha(uint32_t fourcc) {
   return fourcc != VANTARO_FOURCC_VTQ0 && fourcc != VANTARO_FOURCC_VTQ2 && fourcc != VANTARO_FOURCC_VTQ4;
 }
-inline int StreamFamily(uint32_t fourcc) {  // 0: 4:2:0, 1: 4:2:2, 2: 4:4:4
-  const char digit = static_cast<char>(fourcc >> 24);
-  return digit <= '1' ? 0 : digit <= '3' || digit == '7' ? 1 : 2;
-}
 inline std::string Name(uint32_t fourcc) { return std::string(reinterpret_cast<const char*>(&fourcc), 4); }
 
-// Bytes a line holds and lines of plane p, as the public header describes them.
 struct Extent {
-  int32_t bytes, lines;
+  int32_t bytes, lines;  // a line's bytes (pixel-pair padding included) and the lines
 };
-Extent PlaneExtent(vantaro_format f, int32_t w, int32_t h, int p);
 
 // A picture in one buffer, planes as vantaro_picture_fill lays them out,
 // between guard bytes.
@@ -113,7 +107,7 @@ struct Picture {
   std::vector<uint8_t> bytes;
   vantaro_picture pic{};
   Picture(vantaro_format format, int32_t w, int32_t h);
-  Extent Of(int p) const { return PlaneExtent(pic.format, pic.width, pic.height, p); }
+  Extent Of(int p) const;
   uint8_t& At(int p, int32_t x, int32_t y) const {
     return pic.planes[p][static_cast<ptrdiff_t>(y) * pic.strides[p] + x];
   }
