@@ -103,14 +103,14 @@ size_t Encode(uint32_t fourcc, int family, uint32_t cs, const Pattern& p, const 
 
 // ICM_COMPRESS of the pattern as AYUV (hostile alpha) or RGB24 into exactly
 // width * height * 6 bytes: the frame's length, or 0 for a refusal.
-int64_t DriverCompress(const char* variant, bool ayuv, const Pattern& p) {
-  const test::DriverInstance driver(variant);
+int64_t DriverCompress(uint32_t fourcc, bool ayuv, const Pattern& p) {
+  const test::DriverInstance driver(test::Name(fourcc).c_str());
   FUZZ_CHECK(driver.id() != 0);
   const int32_t quality = 9800;  // 9800 / 200 + 50: quality 99
   (void)driver.Send(ICM_SETQUALITY, &quality);
   const int32_t pixelBytes = ayuv ? 4 : 3;
-  BITMAPINFOHEADER input = test::Header(kSize, -kSize, ayuv ? VTC_FOURCC('A', 'Y', 'U', 'V') : 0,
-                                        static_cast<uint16_t>(8 * pixelBytes), pixelBytes * kSize * kSize);
+  BITMAPINFOHEADER input = LayoutHeader(ayuv ? kCsAYUV : kCsRGB24, kSize, -kSize);
+  input.biSizeImage = static_cast<uint32_t>(pixelBytes * kSize * kSize);
   std::vector<uint8_t> picture(input.biSizeImage);
   for (size_t o = 0; o < picture.size(); ++o) {
     const int32_t pixel = static_cast<int32_t>(o / pixelBytes);
@@ -146,9 +146,9 @@ int main(int argc, char** argv) {
   std::printf("|---|---|---|---|---|---|---|\n");
   bool allFit = true;
   for (uint32_t v = 0; v < 8; ++v) {
-    const char* variant = test::kVariants[v];
-    const uint32_t fourcc = test::FourCC(variant);
-    const bool alphaVariant = test::AlphaVariant(variant);
+    const uint32_t fourcc = kVariants[v];
+    const std::string variant = test::Name(fourcc);
+    const bool alphaVariant = test::StreamHasAlpha(fourcc);
     const int family = variant[3] <= '1' ? 0 : variant[3] <= '3' || variant[3] == '7' ? 1 : 2;
     for (int hostile = 0; hostile < (alphaVariant ? 2 : 1); ++hostile) {
       uint32_t rng = 0x1234567u + v * 31 + static_cast<uint32_t>(hostile);
@@ -161,7 +161,7 @@ int main(int argc, char** argv) {
         const Pattern alpha = hostile != 0 ? p : Pattern{Kind::kChecker, 1u << 20, 0};
         for (const uint32_t cs : {alphaVariant ? kCsYA44 : kCsNV24, hostile != 0 ? kCsAYUV : kCsRGB24}) {
           const size_t bytes = Encode(fourcc, family, cs, p, alpha);
-          if (bytes == 0) std::printf("%s: a frame did not fit vantaro_frame_bound()\n", variant);
+          if (bytes == 0) std::printf("%s: a frame did not fit vantaro_frame_bound()\n", variant.c_str());
           allFit = allFit && bytes != 0;
           if (bytes > best) best = bytes, bestPattern = p, bestLayout = LayoutOf(cs).name + 2;
         }
@@ -171,11 +171,11 @@ int main(int argc, char** argv) {
         rng ^= rng << 13, rng ^= rng >> 17, rng ^= rng << 5;
         tryPattern({Kind::kMixture, 1, rng});
       }
-      const int64_t driver = DriverCompress(variant, alphaVariant && hostile != 0, bestPattern);
+      const int64_t driver = DriverCompress(fourcc, alphaVariant && hostile != 0, bestPattern);
       char driverText[48] = "refused (does not fit)";
       if (driver > 0) std::snprintf(driverText, sizeof driverText, "%.2f bytes/pixel", driver / pixels);
       const std::string period = bestPattern.kind == Kind::kChecker ? " " + std::to_string(bestPattern.period) : "";
-      std::printf("| %s | %s | %zu | %.2f | %.2f | %s%s, %s | %s |\n", variant,
+      std::printf("| %s | %s | %zu | %.2f | %.2f | %s%s, %s | %s |\n", variant.c_str(),
                   alphaVariant ? (hostile ? "hostile" : "opaque") : "none", best, best / pixels,
                   vantaro_frame_bound(fourcc, kSize, kSize) / pixels, kKindNames[static_cast<int>(bestPattern.kind)],
                   period.c_str(), bestLayout, driverText);

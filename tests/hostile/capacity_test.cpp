@@ -33,11 +33,12 @@ TEST(Capacity, DriverFillsAtMostSixBytesAPixelOrRefuses) {
   // variants without alpha and outgrows it in those with.
   for (const char* variant : {"VTQ0", "VTQ2", "VTQ4", "VTQ5", "VTQ7", "VTQ9"}) {
     SCOPED_TRACE(variant);
-    const bool alpha = AlphaVariant(variant);
+    const bool alpha = StreamHasAlpha(FourCC(variant));
     const DriverInstance driver(variant);
     const int32_t quality = 9800;  // quality 99
     driver.Send(ICM_SETQUALITY, &quality);
-    BITMAPINFOHEADER input = Header(64, 64, alpha ? FourCC("AYUV") : 0, alpha ? 32 : 24, 64 * 64 * (alpha ? 4 : 3));
+    const uint16_t bits = alpha ? 32 : 24;
+    BITMAPINFOHEADER input{40, 64, 64, 1, bits, alpha ? FourCC("AYUV") : 0, 64u * 64 * bits / 8, 0, 0, 0, 0};
     const std::vector<uint8_t> picture = BinaryNoise(input.biSizeImage, FourCC(variant));
     BITMAPINFOHEADER output{};
     ASSERT_EQ(driver.Send(ICM_COMPRESS_GET_FORMAT, &input, &output), ICERR_OK);
