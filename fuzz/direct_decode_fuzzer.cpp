@@ -3,28 +3,15 @@
 // output layout, the size, frame or field calls, the line order of packed
 // layouts and the kernels; the rest is a frame whose offsets and lengths are
 // first fitted inside it, held in a heap block of exactly its size. The
-// picture is sized as the existing decode tests size it (the chroma plane
-// with room for the macroblock rows a partial last row reaches).
-#include <cstring>
-#include <memory>
+// picture is sized as the decode tests size it: the chroma plane with room
+// for the macroblock rows a partial last row reaches.
 #include <vector>
 
-#include "codec/codec_instance.h"
 #include "codec/kernels.h"
-#include "codec/layout_facts.h"
 #include "fuzz_support.h"
 
 using namespace vantaro;
 using namespace vantaro::fuzz;
-
-namespace {
-
-size_t ChromaBytes(uint32_t cs, int32_t stride, int32_t height) {
-  const size_t lines = static_cast<size_t>(height) + 32;  // partial-row chroma lines included
-  return cs == kCsNV24 ? 2 * stride * lines : stride * lines;
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CaptureFaultsAside("vantaro_direct_decode_fuzzer");
@@ -33,46 +20,34 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int32_t width = DirectWidth(in.Byte());
   const int32_t height = DirectHeight(in.Byte());
   const uint8_t flags = in.Byte();
-  const HeaderLayout layout = kHeaderLayouts[(flags & 15) % 12];
+  const uint32_t cs = DirectLayout(flags & 15);
   const bool fieldCalls = (flags & 16) != 0;
-  const bool bottomUp = (flags & 32) != 0;
   SetKernelOverride((flags & 64) != 0 ? KernelOverride::kScalar : KernelOverride::kAutomatic);
-
   const size_t length = in.RestSize();
-  std::unique_ptr<uint8_t[]> frame(new uint8_t[length == 0 ? 1 : length]);
-  if (length != 0) std::memcpy(frame.get(), in.Rest(), length);
+  const auto frame = Exact(in.Rest(), length);
   if (!FitFrameHeader(frame.get(), length)) return 0;
 
-  BITMAPINFOHEADER header{};
-  header.biSize = sizeof header;
-  header.biWidth = width;
-  header.biHeight = height;
-  header.biPlanes = 1;
-  header.biBitCount = layout.bitCount;
-  header.biCompression = layout.compression;
+  const BITMAPINFOHEADER header = LayoutHeader(cs, width, height);
   void* instance = VTC_DecompressFieldBegin(&header, fourcc);
   FUZZ_CHECK(instance != nullptr);
-
-  const uint32_t cs = static_cast<uint32_t>(ColorSpaceFromHeader(&header));
-  const bool planar = IsPlanar(cs);
-  const bool uyva = cs == kCsUYVA;
+  const bool planar = IsPlanar(cs), uyva = cs == kCsUYVA;
   const int32_t stride = width * LayoutOf(cs).pixelBytes;
   const size_t mainBytes = static_cast<size_t>(stride) * height * (uyva ? 2 : 1) + (uyva ? width : 0);
-  std::unique_ptr<uint8_t[]> picture(new uint8_t[mainBytes]);
-  std::vector<uint8_t> chroma(planar ? ChromaBytes(cs, stride, height) : 0);
+  const auto picture = std::make_unique<uint8_t[]>(mainBytes);
+  const size_t chromaLines = static_cast<size_t>(height) + 32;  // partial-row chroma lines included
+  std::vector<uint8_t> chroma(planar ? stride * chromaLines * (cs == kCsNV24 ? 2 : 1) : 0);
   // Bottom-up lines: the picture pointer is the top line, the stride negative.
-  const bool flip = bottomUp && !planar && !uyva;
-  uint8_t* top = flip ? picture.get() + static_cast<size_t>(stride) * (height - 1) : picture.get();
+  const bool flip = (flags & 32) != 0 && !planar && !uyva;
+  uint8_t* top = picture.get() + (flip ? static_cast<size_t>(stride) * (height - 1) : 0);
   const int32_t lineStep = flip ? -stride : stride;
   uint8_t* second = planar ? chroma.data() : nullptr;
-
   if (fieldCalls) {
     // Both field calls take the frame's start; the second field's lines
     // begin one line down, its second plane where the layout puts it.
     const int32_t offset = SecondFieldOffset(LayoutOf(cs), lineStep);
     VTC_DecompressFieldEx(instance, top, second, frame.get(), 2 * lineStep, 0);
-    VTC_DecompressFieldEx(instance, top + lineStep, second != nullptr ? second + offset : nullptr,
-                          frame.get(), 2 * lineStep, 1);
+    VTC_DecompressFieldEx(instance, top + lineStep, planar ? second + offset : nullptr, frame.get(),
+                          2 * lineStep, 1);
   } else if (planar) {
     VTC_DecompressFrameEx(instance, top, second, frame.get(), lineStep);
   } else {

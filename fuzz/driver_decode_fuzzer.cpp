@@ -6,10 +6,6 @@
 // input header declares and which sits in a heap block of exactly that
 // size. The output buffer is exactly the output header's biSizeImage: the
 // driver must refuse what does not fit rather than write past it.
-#include <cstring>
-#include <memory>
-
-#include "codec/codec_instance.h"
 #include "driver/driver_formats.h"
 #include "fuzz_support.h"
 #include "vantaro/driver.h"
@@ -19,9 +15,8 @@ using namespace vantaro::fuzz;
 
 namespace {
 
-int64_t Send(uint64_t id, uint32_t message, const void* p1, const void* p2) {
-  return DriverProc(id, nullptr, message, reinterpret_cast<intptr_t>(p1),
-                    reinterpret_cast<intptr_t>(p2));
+int64_t Send(uint64_t id, uint32_t message, const void* p1 = nullptr, const void* p2 = nullptr) {
+  return DriverProc(id, nullptr, message, reinterpret_cast<intptr_t>(p1), reinterpret_cast<intptr_t>(p2));
 }
 
 }  // namespace
@@ -34,37 +29,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int32_t height = DirectHeight(in.Byte());
   const uint8_t flags = in.Byte();
   const uint8_t shrink = in.Byte();
-  const HeaderLayout layout = kHeaderLayouts[(flags & 15) % 12];
-  const bool topDown = (flags & 16) != 0;
   if ((flags & 32) != 0 && (shrink & 3) == 0) width = -width;
   uint32_t fourcc = kVariants[variant & 7];
   if ((variant & 8) != 0) fourcc |= 0x20202020;  // lower case: opens, but queries refuse
-
   const size_t length = in.RestSize();
   if (length == 0) return 0;  // a zero biSizeImage means "unknown": the header is trusted
-  std::unique_ptr<uint8_t[]> stream(new uint8_t[length]);
-  std::memcpy(stream.get(), in.Rest(), length);
+  const auto stream = Exact(in.Rest(), length);
 
-  BITMAPINFOHEADER input{};
-  input.biSize = sizeof input;
-  input.biWidth = width;
-  input.biHeight = height;
-  input.biPlanes = 1;
-  input.biBitCount = 24;
+  BITMAPINFOHEADER input = LayoutHeader(kCsRGB24, width, height);
   input.biCompression = fourcc & ~0x20202020u;
   input.biSizeImage = static_cast<uint32_t>(length);
-  BITMAPINFOHEADER output = input;
-  output.biHeight = topDown ? -height : height;
-  output.biBitCount = layout.bitCount;
-  output.biCompression = layout.compression;
+  const uint32_t cs = DirectLayout(flags & 15);
+  BITMAPINFOHEADER output = LayoutHeader(cs, width, (flags & 16) != 0 ? -height : height);
   // The frame's extent in this layout, less what the host holds back; a
   // zero size would again mean "unknown", so at least one byte.
-  const int64_t need = DriverFrameBytes(static_cast<uint32_t>(ColorSpaceFromHeader(&output)),
-                                        width < 0 ? -width : width, height);
-  int64_t room = need - ((flags & 64) != 0 ? shrink : 0);
-  if (room < 1) room = 1;
-  output.biSizeImage = static_cast<uint32_t>(room);
-  std::unique_ptr<uint8_t[]> picture(new uint8_t[static_cast<size_t>(room)]);
+  const int64_t room = DriverFrameBytes(cs, width < 0 ? -width : width, height) - ((flags & 64) != 0 ? shrink : 0);
+  output.biSizeImage = static_cast<uint32_t>(room < 1 ? 1 : room);
+  const auto picture = std::make_unique<uint8_t[]>(output.biSizeImage);
 
   ICOPEN open{};
   open.dwSize = sizeof open;
@@ -79,9 +60,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   frame.lpInput = stream.get();
   frame.lpbiOutput = &output;
   frame.lpOutput = picture.get();
-  const int64_t result = Send(id, ICM_DECOMPRESS, &frame, nullptr);
+  const int64_t result = Send(id, ICM_DECOMPRESS, &frame);
   FUZZ_CHECK(result == ICERR_OK || result == ICERR_BADFORMAT);
-  (void)Send(id, ICM_DECOMPRESS_END, nullptr, nullptr);
-  FUZZ_CHECK(Send(id, DRV_CLOSE, nullptr, nullptr) == 1);
+  (void)Send(id, ICM_DECOMPRESS_END);
+  FUZZ_CHECK(Send(id, DRV_CLOSE) == 1);
   return 0;
 }

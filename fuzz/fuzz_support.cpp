@@ -16,6 +16,8 @@ void CaptureFaultsAside(const char* folder) {
   (void)once;
 }
 
+namespace {
+
 uint32_t ReadU24(const uint8_t* p) {
   return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
          static_cast<uint32_t>(p[2]) << 16;
@@ -26,6 +28,8 @@ void WriteU24(uint8_t* p, uint32_t v) {
   p[1] = static_cast<uint8_t>(v >> 8);
   p[2] = static_cast<uint8_t>(v >> 16);
 }
+
+}  // namespace
 
 bool FitFrameHeader(uint8_t* frame, size_t size) {
   constexpr size_t kSliceHeader = 3;

@@ -6,8 +6,6 @@
 // deterministic; the frame decodes whole, twice to the same picture; a
 // capacity one byte short answers VANTARO_ERROR_BUFFER_TOO_SMALL without
 // writing past it (the buffers are heap blocks of exactly their size).
-#include <cstring>
-#include <memory>
 #include <vector>
 
 #include "fuzz_support.h"
@@ -61,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int32_t quality = 1 + in.Byte() % 99;
   const uint8_t flags = in.Byte();
   const uint8_t mode = in.Byte();
-  const vantaro_format format = kPlanarFormats[(flags & 7) % 6];
+  const vantaro_format format = PlaneSet(flags & 7);
   vantaro_options options;
   vantaro_options_default(&options);
   options.threads = (flags & 0x88) == 0x88 ? 2 : 1;
@@ -81,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(vantaro_encode(encoder, &source.picture, second.get(), bound, &again) == VANTARO_OK);
   FUZZ_CHECK(again == written && std::memcmp(first.get(), second.get(), written) == 0);
   if ((flags & 0x60) == 0) {
-    std::unique_ptr<uint8_t[]> shortBuffer(new uint8_t[written - 1 == 0 ? 1 : written - 1]);
+    const auto shortBuffer = Exact(first.get(), written - 1);
     size_t reported = 0;
     FUZZ_CHECK(vantaro_encode(encoder, &source.picture, shortBuffer.get(), written - 1,
                               &reported) == VANTARO_ERROR_BUFFER_TOO_SMALL);
@@ -89,9 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   vantaro_encoder_destroy(encoder);
 
-  // The stream again in a block of exactly its length.
-  std::unique_ptr<uint8_t[]> frame(new uint8_t[written]);
-  std::memcpy(frame.get(), first.get(), written);
+  const auto frame = Exact(first.get(), written);  // in a block of exactly its length
   vantaro_decoder* decoder = nullptr;
   FUZZ_CHECK(vantaro_decoder_create(fourcc, width, height, &options, &decoder) == VANTARO_OK);
   Picture a(format, width, height), b(format, width, height);

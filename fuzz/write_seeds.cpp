@@ -12,6 +12,7 @@
 #include "avi/avi.h"
 #include "fuzz_support.h"
 #include "input/y4m.h"
+#include "support/pictures.h"
 
 using namespace vantaro::fuzz;
 namespace fs = std::filesystem;
@@ -28,30 +29,13 @@ void Save(const fs::path& dir, const std::string& name, const Bytes& bytes) {
   std::fclose(f);
 }
 
-// A smooth picture with a few sharp edges and some texture: every kind of
+// A smooth picture whose gradients wrap into sharp edges: every kind of
 // block, yet small frames.
-Bytes Frame(uint32_t fourcc, int32_t width, int32_t height, int32_t quality) {
-  Bytes pixels(vantaro_picture_size(VANTARO_FORMAT_YUVA444P, width, height));
-  vantaro_picture picture;
-  FUZZ_CHECK(vantaro_picture_fill(&picture, VANTARO_FORMAT_YUVA444P, width, height, pixels.data(),
-                                  pixels.size()) == VANTARO_OK);
-  for (int p = 0; p < 4; ++p) {
-    for (int32_t y = 0; y < height; ++y) {
-      for (int32_t x = 0; x < width; ++x) {
-        const int32_t edge = (x > width / 2) != (y > height / 3) ? 60 : 0;
-        const int32_t texture = ((x * 7 + y * 13 + p * 5) % 11) * 3;
-        picture.planes[p][y * picture.strides[p] + x] =
-            static_cast<uint8_t>(40 + p * 30 + x * 2 + y + edge + texture);
-      }
-    }
-  }
-  vantaro_encoder* encoder = nullptr;
-  FUZZ_CHECK(vantaro_encoder_create(fourcc, width, height, quality, nullptr, &encoder) == VANTARO_OK);
-  Bytes frame(vantaro_frame_bound(fourcc, width, height));
-  size_t written = 0;
-  FUZZ_CHECK(vantaro_encode(encoder, &picture, frame.data(), frame.size(), &written) == VANTARO_OK);
-  vantaro_encoder_destroy(encoder);
-  frame.resize(written);
+Bytes Frame(uint32_t fourcc, int32_t width, int32_t height) {
+  vantaro::test::Picture picture(VANTARO_FORMAT_YUVA444P, width, height);
+  vantaro::test::Fill(picture, vantaro::test::Content::kSmooth);
+  Bytes frame;
+  FUZZ_CHECK(vantaro::test::Encode(fourcc, picture.pic, 90, frame) == VANTARO_OK);
   return frame;
 }
 
@@ -124,10 +108,10 @@ int main(int argc, char** argv) {
     const std::string name = "vtq" + std::to_string(v) + ".bin";
     // 37x23 for the native door: a partial macroblock column and an odd height.
     constexpr uint8_t kSuitingFormat[8] = {0, 1, 2, 3, 4, 5, 3, 5};  // YUV420P, YUVA420P...
-    Save(root / "native_decode_fuzzer", name, Join({v, 36, 22, kSuitingFormat[v]}, Frame(fourcc, 37, 23, 90)));
+    Save(root / "native_decode_fuzzer", name, Join({v, 36, 22, kSuitingFormat[v]}, Frame(fourcc, 37, 23)));
     // 32x24 for the direct functions and the driver (DirectWidth(1) is 32):
     // each variant into a layout that suits it, and into RGB.
-    const Bytes frame = Frame(fourcc, 32, 24, 90);
+    const Bytes frame = Frame(fourcc, 32, 24);
     constexpr uint8_t kSuitingLayout[8] = {0, 3, 1, 8, 2, 5, 4, 9};  // NV12, YA20, NV16, UYVA...
     const uint8_t layout = kSuitingLayout[v];
     Save(root / "direct_decode_fuzzer", name, Join({v, 1, 23, layout}, frame));

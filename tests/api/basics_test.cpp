@@ -1,12 +1,14 @@
 // The native door's calls that need no codec instance: coded size, planar
-// picture geometry, and the frame header check against the length given.
+// picture geometry, the frame header check against the length given; and
+// the C++ wrapper, which sees only the public headers.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "vantaro/vantaro.h"
+#include "vantaro/vantaro.hpp"
 
 namespace {
 
@@ -50,20 +52,15 @@ TEST(ApiBasics, CodedSizeRoundsWidthTo16AndHeightTo2) {
     EXPECT_EQ(vantaro_coded_size(4, 4, nullptr, nullptr), VANTARO_ERROR_INVALID_ARGUMENT);
 }
 
-TEST(ApiBasics, FrameInspectReadsAWellFormedHeader) {
-    const uint32_t lengths[8] = {3, 10, 3, 7, 5, 3, 3, 9};
-    const std::vector<uint8_t> frame = FrameWithSlices(lengths);
-    vantaro_frame_info info{};
-    ASSERT_EQ(vantaro_frame_inspect(frame.data(), frame.size(), &info), VANTARO_OK);
-    EXPECT_EQ(info.quality, 90u);
-    EXPECT_EQ(info.second_field_offset, 4u + 3 + 10 + 3 + 7);
-    EXPECT_EQ(info.frame_bytes, frame.size());
-    EXPECT_EQ(std::memcmp(info.slice_lengths, lengths, sizeof(lengths)), 0);
-}
-
-TEST(ApiBasics, FrameInspectRejectsTruncatedAndLyingHeaders) {
+TEST(ApiBasics, FrameInspectReadsAWellFormedHeaderAndRejectsCutAndLyingOnes) {
     const uint32_t lengths[8] = {3, 10, 3, 7, 5, 3, 3, 9};
     const std::vector<uint8_t> good = FrameWithSlices(lengths);
+    vantaro_frame_info info{};
+    ASSERT_EQ(vantaro_frame_inspect(good.data(), good.size(), &info), VANTARO_OK);
+    EXPECT_EQ(info.quality, 90u);
+    EXPECT_EQ(info.second_field_offset, 4u + 3 + 10 + 3 + 7);
+    EXPECT_EQ(info.frame_bytes, good.size());
+    EXPECT_EQ(std::memcmp(info.slice_lengths, lengths, sizeof(lengths)), 0);
     struct Case { const char* what; size_t length; int patch_at; uint32_t value; vantaro_status status; };
     const Case cases[] = {
         {"no header", 3, -1, 0, VANTARO_ERROR_TRUNCATED},
@@ -78,7 +75,6 @@ TEST(ApiBasics, FrameInspectRejectsTruncatedAndLyingHeaders) {
         if (c.patch_at >= 0) PutU24(frame, static_cast<size_t>(c.patch_at), c.value);
         // Copy exactly `length` bytes so the sanitizer sees any read beyond it.
         std::vector<uint8_t> exact(frame.begin(), frame.begin() + static_cast<std::ptrdiff_t>(c.length));
-        vantaro_frame_info info{};
         EXPECT_EQ(vantaro_frame_inspect(exact.data(), exact.size(), &info), c.status) << c.what;
     }
 }
@@ -97,6 +93,28 @@ TEST(ApiBasics, StatusesHaveDistinctTextAndOptionsDefaultToOneThread) {
     EXPECT_EQ(options.size, sizeof(vantaro_options));
     EXPECT_EQ(options.threads, 1);
     EXPECT_EQ(options.kernels, VANTARO_KERNELS_AUTO);
+}
+
+TEST(ApiBasics, CppWrapperOwnsHandlesAndPassesStatuses) {
+    std::vector<uint8_t> in(vantaro_picture_size(VANTARO_FORMAT_YUVA422P, 40, 20)), out(in.size());
+    for (size_t i = 0; i < in.size(); ++i) in[i] = static_cast<uint8_t>(60 + i % 40 * 2);
+    vantaro_picture source, decoded;
+    vantaro_picture_fill(&source, VANTARO_FORMAT_YUVA422P, 40, 20, in.data(), in.size());
+    vantaro_picture_fill(&decoded, VANTARO_FORMAT_YUVA422P, 40, 20, out.data(), out.size());
+    vantaro::Encoder encoder;
+    ASSERT_EQ(vantaro::Encoder::Create(VANTARO_FOURCC_VTQ7, 40, 20, 95, nullptr, encoder), VANTARO_OK);
+    std::vector<uint8_t> frame(vantaro::FrameBound(VANTARO_FOURCC_VTQ7, 40, 20));
+    size_t written = 0;
+    EXPECT_EQ(encoder.Encode(source, std::span(frame).first(4), written), VANTARO_ERROR_BUFFER_TOO_SMALL);
+    ASSERT_EQ(encoder.Encode(source, frame, written), VANTARO_OK);
+    vantaro::Decoder decoder;
+    EXPECT_EQ(vantaro::Decoder::Create(VANTARO_FOURCC_VTQ7, 0, 20, nullptr, decoder), VANTARO_ERROR_BAD_SIZE);
+    EXPECT_FALSE(decoder);
+    ASSERT_EQ(vantaro::Decoder::Create(VANTARO_FOURCC_VTQ7, 40, 20, nullptr, decoder), VANTARO_OK);
+    EXPECT_EQ(decoder.Decode(std::span(frame).first(written), decoded), VANTARO_OK);
+    double err = 0;
+    for (size_t i = 0; i < in.size(); ++i) err += std::abs(in[i] - out[i]);
+    EXPECT_LT(err / static_cast<double>(in.size()), 2.0);
 }
 
 }  // namespace

@@ -1,24 +1,21 @@
 // The packed and semi-planar layouts through the native door: which can feed
-// which variant, round trips through their own walks, decoding into every
-// one of them, and the geometry checks that keep the walks inside the planes.
+// which variant, picture sizes, and the staging that takes any size, stride
+// and placement. The bytes the walks produce are pinned by the golden suite;
+// here the door's own geometry.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "api/api_pictures.h"
+#include "support/pictures.h"
 
-namespace api_test {
+namespace vantaro::test {
 namespace {
-
-const uint32_t kVariants[] = {VANTARO_FOURCC_VTQ0, VANTARO_FOURCC_VTQ1, VANTARO_FOURCC_VTQ2,
-                              VANTARO_FOURCC_VTQ3, VANTARO_FOURCC_VTQ4, VANTARO_FOURCC_VTQ5,
-                              VANTARO_FOURCC_VTQ7, VANTARO_FOURCC_VTQ9};
 
 struct Layout {
   vantaro_format format;
   bool semiPlanar, alpha;
-  int32_t lumaStep, lumaPhase;  // where luma sits in the main plane; 0: not stored as a byte (RGB)
+  int32_t lumaStep, lumaPhase;  // where luma sits in the main plane; 0: not a byte (RGB)
 };
 const Layout kLayouts[] = {
     {VANTARO_FORMAT_NV12, true, false, 1, 0},  {VANTARO_FORMAT_NV16, true, false, 1, 0},
@@ -29,59 +26,42 @@ const Layout kLayouts[] = {
     {VANTARO_FORMAT_RGB24, false, false, 0, 0}, {VANTARO_FORMAT_RGB32, false, true, 0, 0},
 };
 
-bool StreamHasAlpha(uint32_t fourcc) {
-  return fourcc != VANTARO_FOURCC_VTQ0 && fourcc != VANTARO_FOURCC_VTQ2 && fourcc != VANTARO_FOURCC_VTQ4;
-}
-
-TEST(DirectLayouts, FeedTheVariantsTheyCanAndRoundTripThroughTheirWalks) {
-  for (const Layout& l : kLayouts) {
-    for (const uint32_t fourcc : kVariants) {
-      SCOPED_TRACE(Name(fourcc) + " format " + std::to_string(l.format));
-      Picture in(l.format, 48, 32);
-      Ramp(in);
-      const vantaro_status expected = !l.semiPlanar && l.alpha != StreamHasAlpha(fourcc)
-                                          ? VANTARO_ERROR_ALPHA_MISMATCH
-                                          : VANTARO_OK;
-      std::vector<uint8_t> frame;
-      ASSERT_EQ(Encode(fourcc, in.pic, 96, frame), expected);
-      if (expected != VANTARO_OK) continue;
-      Picture out(l.format, 48, 32);
-      ASSERT_EQ(Decode(fourcc, frame, out.pic), VANTARO_OK);
-      EXPECT_TRUE(out.GuardsIntact());
-      // A YA layout's alpha through a variant without one comes back opaque.
-      const bool lumaOnly = l.alpha && !StreamHasAlpha(fourcc);
-      EXPECT_GT(Psnr(in, out, 0, lumaOnly ? 2 : 1), 30.0);
-    }
-  }
-}
-
-TEST(DirectLayouts, ReceiveEveryVariantWithLumaIntact) {
-  Picture in(VANTARO_FORMAT_YUVA444P, 32, 64);
-  Ramp(in);
-  for (const uint32_t fourcc : kVariants) {
-    std::vector<uint8_t> frame;
+// Every variant decodes into every layout with luma in place and nothing
+// written past the picture; the decoded picture then codes back through the
+// layout's own walk where the layout and the variant agree on alpha (any
+// semi-planar layout does: a YA layout's alpha is dropped, or comes back opaque).
+TEST(DirectLayouts, ReceiveEveryVariantAndFeedThoseThatAgreeOnAlpha) {
+  Picture in(VANTARO_FORMAT_YUVA444P, 48, 32);
+  Fill(in, Content::kRamp);
+  // AYUV's loader takes luma and alpha both from byte 0: alpha equal to luma.
+  for (int32_t y = 0; y < 32; ++y) std::memcpy(&in.At(3, 0, y), &in.At(0, 0, y), 48);
+  for (const uint32_t fourcc : kVariantFourCCs) {
+    std::vector<uint8_t> frame, again;
     ASSERT_EQ(Encode(fourcc, in.pic, 96, frame), VANTARO_OK);
     for (const Layout& l : kLayouts) {
       SCOPED_TRACE(Name(fourcc) + " format " + std::to_string(l.format));
-      Picture out(l.format, 32, 64);
+      Picture out(l.format, 48, 32), back(l.format, 48, 32);
       ASSERT_EQ(Decode(fourcc, frame, out.pic), VANTARO_OK);
       EXPECT_TRUE(out.GuardsIntact());
-      if (l.lumaStep == 0) continue;
       double err = 0;
-      for (int32_t y = 0; y < 64; ++y) {
-        for (int32_t x = 0; x < 32; ++x) {
+      for (int32_t y = 0; y < 32 && l.lumaStep != 0; ++y) {
+        for (int32_t x = 0; x < 48; ++x) {
           const double d = in.At(0, x, y) - out.At(0, l.lumaStep * x + l.lumaPhase, y);
           err += d * d;
         }
       }
-      EXPECT_LT(err / (32 * 64), 4.0);
+      EXPECT_LT(err / (48 * 32), 4.0);
+      const bool agree = l.semiPlanar || l.alpha == StreamHasAlpha(fourcc);
+      ASSERT_EQ(Encode(fourcc, out.pic, 96, again), agree ? VANTARO_OK : VANTARO_ERROR_ALPHA_MISMATCH);
+      if (!agree) continue;
+      ASSERT_EQ(Decode(fourcc, again, back.pic), VANTARO_OK);
+      EXPECT_GT(Psnr(out, back, 0, l.alpha && !StreamHasAlpha(fourcc) ? 2 : 1), 30.0);
     }
   }
 }
 
 // Tight pictures: planes back to back, lines rounded to whole pixel pairs
-// where chroma pairs need it, second planes at the stride their walks derive
-// from the main one.
+// where chroma pairs need it, second planes at the stride their walks derive.
 TEST(DirectLayouts, PictureSizesCoverEveryFormat) {
   const struct {
     vantaro_format format;
@@ -104,13 +84,6 @@ TEST(DirectLayouts, PictureSizesCoverEveryFormat) {
     std::vector<uint8_t> buffer(c.size);
     vantaro_picture p{};
     ASSERT_EQ(vantaro_picture_fill(&p, c.format, c.w, c.h, buffer.data(), c.size), VANTARO_OK);
-    const uint8_t* end = buffer.data();
-    for (int plane = 0; plane < 4; ++plane) {
-      const Extent e = PlaneExtent(c.format, c.w, c.h, plane);
-      ASSERT_EQ(p.planes[plane] != nullptr, e.lines != 0) << plane;
-      if (e.lines != 0) end = std::max<const uint8_t*>(end, p.planes[plane] + static_cast<size_t>(p.strides[plane]) * e.lines);
-    }
-    EXPECT_EQ(end, buffer.data() + buffer.size());
     EXPECT_EQ(vantaro_picture_fill(&p, c.format, c.w, c.h, buffer.data(), c.size - 1),
               VANTARO_ERROR_BUFFER_TOO_SMALL);
   }
@@ -154,7 +127,7 @@ TEST(DirectLayouts, AnySizeAndPlacementCodesAsItsPlanes) {
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.packed) + " " + std::to_string(c.w) + "x" + std::to_string(c.h));
     Picture packed(c.packed, c.w, c.h), planes(c.planes, c.w, c.h);
-    Fill(packed);  // smooth: the packed stores do not clamp, the planar ones do
+    Fill(packed, Content::kSmooth);  // the packed stores do not clamp, the planar ones do
     Unpack(packed, planes, c.lumaStep, c.lumaPhase);
     std::vector<uint8_t> a, b;
     ASSERT_EQ(Encode(c.fourcc, packed.pic, 90, a), VANTARO_OK);
@@ -175,7 +148,7 @@ TEST(DirectLayouts, AnySizeAndPlacementCodesAsItsPlanes) {
 
 TEST(DirectLayouts, StridesAndPlanesAnywhereGiveTheTightPicturesBytes) {
   Picture tight(VANTARO_FORMAT_RGB24, 32, 32);
-  Fill(tight);
+  Fill(tight, Content::kSmooth);
   std::vector<uint8_t> padded(100 * 32), a, b;
   vantaro_picture loose = tight.pic;
   loose.planes[0] = padded.data();
@@ -186,7 +159,7 @@ TEST(DirectLayouts, StridesAndPlanesAnywhereGiveTheTightPicturesBytes) {
   EXPECT_EQ(a, b);
 
   Picture source(VANTARO_FORMAT_YUVA420P, 32, 32);
-  Fill(source);
+  Fill(source, Content::kSmooth);
   std::vector<uint8_t> frame;
   ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ1, source.pic, 90, frame), VANTARO_OK);
   // NV12 chroma two bytes further apart than the walks derive: staged.
@@ -200,7 +173,6 @@ TEST(DirectLayouts, StridesAndPlanesAnywhereGiveTheTightPicturesBytes) {
     ASSERT_EQ(std::memcmp(&chroma[34 * y], &nv.At(1, 0, y), 32), 0) << y;
     EXPECT_EQ(chroma[34 * y + 32], kGuard);
   }
-
   const auto decodeStatus = [&](vantaro_format format, auto&& spoil) {
     Picture p(format, 32, 32);
     spoil(p.pic);
@@ -214,48 +186,5 @@ TEST(DirectLayouts, StridesAndPlanesAnywhereGiveTheTightPicturesBytes) {
             VANTARO_ERROR_INVALID_ARGUMENT);
 }
 
-// Decoding into planes puts every sample where the semi-planar stores of
-// the stream's own family put it: 4:2:0 chroma line k of field k & 1.
-TEST(DirectLayouts, SemiPlanarStoresAndPlaneSetsAgreeOnEverySample) {
-  const struct {
-    uint32_t fourcc;
-    vantaro_format planes, semi;
-    int32_t chromaLines;  // of 64
-  } cases[] = {
-      {VANTARO_FOURCC_VTQ0, VANTARO_FORMAT_YUV420P, VANTARO_FORMAT_NV12, 32},
-      {VANTARO_FOURCC_VTQ1, VANTARO_FORMAT_YUVA420P, VANTARO_FORMAT_YA20, 32},
-      {VANTARO_FOURCC_VTQ2, VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_NV16, 64},
-      {VANTARO_FOURCC_VTQ3, VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_YA22, 64},
-      {VANTARO_FOURCC_VTQ4, VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_YA44, 64},
-      {VANTARO_FOURCC_VTQ9, VANTARO_FORMAT_YUVA444P, VANTARO_FORMAT_YA44, 64},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(Name(c.fourcc));
-    Picture in(c.planes, 32, 64);
-    Fill(in);
-    std::vector<uint8_t> frame;
-    ASSERT_EQ(Encode(c.fourcc, in.pic, 96, frame), VANTARO_OK);
-    Picture planes(c.planes, 32, 64), semi(c.semi, 32, 64);
-    ASSERT_EQ(Decode(c.fourcc, frame, planes.pic), VANTARO_OK);
-    ASSERT_EQ(Decode(c.fourcc, frame, semi.pic), VANTARO_OK);
-    const bool ya = c.semi >= VANTARO_FORMAT_YA20;
-    for (int32_t y = 0; y < 64; ++y) {
-      for (int32_t x = 0; x < 32; ++x) {
-        ASSERT_EQ(planes.At(0, x, y), semi.At(0, ya ? 2 * x : x, y)) << x << "," << y;
-        if (ya) {
-          ASSERT_EQ(planes.At(3, x, y), semi.At(0, 2 * x + 1, y)) << x << "," << y;
-        }
-      }
-    }
-    const int32_t chromaWidth = planes.Of(1).bytes;
-    for (int32_t y = 0; y < c.chromaLines; ++y) {
-      for (int32_t x = 0; x < chromaWidth; ++x) {
-        ASSERT_EQ(planes.At(1, x, y), semi.At(1, 2 * x, y)) << x << "," << y;
-        ASSERT_EQ(planes.At(2, x, y), semi.At(1, 2 * x + 1, y)) << x << "," << y;
-      }
-    }
-  }
-}
-
 }  // namespace
-}  // namespace api_test
+}  // namespace vantaro::test

@@ -49,18 +49,5 @@ TEST(GlobalTables, AlphaPairsDecodeBackThroughTheReaderTables) {
   EXPECT_EQ(Tables().alphaRunDecode[kAlphaEndMarkerCode], (3 << 8) | 255);
 }
 
-// Black gives Y 16, U and V 128; white gives Y 235 (the studio range).
-TEST(GlobalTables, ColourLutsMapBlackAndWhiteToTheStudioRange) {
-  auto sum = [](int v, int lane) {
-    const GlobalTables& t = Tables();
-    return (t.lutBlue[v].lane[lane] + t.lutGreen[v].lane[lane] + t.lutRed[v].lane[lane]) >> 5;
-  };
-  EXPECT_EQ(sum(0, 2), 16);
-  EXPECT_EQ(sum(0, 0), 128);
-  EXPECT_EQ(sum(0, 1), 128);
-  EXPECT_EQ(sum(255, 2), 235);
-  EXPECT_EQ(sum(255, 0), 128);
-}
-
 }  // namespace
 }  // namespace vantaro

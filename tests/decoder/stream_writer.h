@@ -24,10 +24,6 @@ class StreamWriter {
     }
     return *this;
   }
-  StreamWriter& Field(uint32_t value, uint32_t length) {  // least significant bit first
-    PutCode(writer_, value & ((1u << length) - 1), length);
-    return *this;
-  }
   StreamWriter& Dc(int32_t diff, bool luma) {
     const DcCodeTable& t = luma ? Tables().dcLuma : Tables().dcChroma;
     PutCode(writer_, t.code[diff + 2048], t.length[diff + 2048]);
@@ -49,7 +45,10 @@ class StreamWriter {
     PutCode(writer_, Tables().alphaPairCode[value][run], Tables().alphaPairLength[value][run]);
     return *this;
   }
-  StreamWriter& AlphaEnd() { return Field(kAlphaEndMarkerCode, kAlphaEndMarkerLength); }
+  StreamWriter& AlphaEnd() {
+    PutCode(writer_, kAlphaEndMarkerCode, kAlphaEndMarkerLength);
+    return *this;
+  }
 
   uint32_t BitPos() const { return writer_.bitPos; }
   // The bytes written, rounded up to a whole byte.

@@ -1,6 +1,7 @@
 // Run/value alpha planes through the writer and back through the reader:
 // planes whose last non-zero difference sits at every byte of a half, and
-// random planes from flat to noisy, over a chain of macroblocks.
+// random planes from flat to noisy, over a chain of macroblocks; and runs the
+// reader must refuse.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "decoder/alpha_decoder.h"
+#include "decoder/stream_writer.h"
 #include "encoder/alpha_coder.h"
 
 namespace vantaro {
@@ -48,6 +50,20 @@ TEST(AlphaRoundTrip, EveryLastPositionAndDensityReadsBack) {
     ASSERT_EQ(std::memcmp(dec.Alpha(), planes[n].data(), 256), 0) << n;
   }
   EXPECT_EQ(bitPos, w.bitPos);
+}
+
+TEST(AlphaRoundTrip, RunsThatLeaveTheirHalfAreRefused) {
+  const auto reads = [](const std::vector<uint8_t>& bytes) {
+    MacroblockScratch s{};
+    s.ResetPredictors();
+    uint64_t bitPos = 0;
+    return decoder::ReadAlphaPlane(s, decoder::StreamView{bytes.data(), bytes.size()}, bitPos);
+  };
+  EXPECT_TRUE(reads(test::StreamWriter().AlphaPair(5, 127).AlphaEnd().AlphaEnd().Bytes()));
+  // A second pair after run 127 reaches byte 128 of a half.
+  EXPECT_FALSE(reads(test::StreamWriter().AlphaPair(5, 127).AlphaPair(5, 0).AlphaEnd().AlphaEnd().Bytes()));
+  // Zeros past the stream read as run 0, value 0, ever on: that too ends.
+  EXPECT_FALSE(reads(std::vector<uint8_t>(4, 0)));
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "support/pictures.h"
 
+#include <cmath>
 #include <cstdlib>
+#include <random>
 
 #include "codec/field_flow.h"
 #include "codec/layout_facts.h"
@@ -82,6 +84,84 @@ std::string BitPeek::Bits(int n) {
   std::string out;
   for (int i = 0; i < n; ++i) out.push_back(static_cast<char>('0' + Bit()));
   return out;
+}
+
+Picture::Picture(vantaro_format format, int32_t w, int32_t h) {
+  const size_t size = vantaro_picture_size(format, w, h);
+  bytes.assign(size + 2 * kGuardBytes, kGuard);
+  vantaro_picture_fill(&pic, format, w, h, bytes.data() + kGuardBytes, size);
+}
+
+// Planes lie back to back: each ends where the next one starts.
+Extent Picture::Of(int p) const {
+  if (pic.planes[p] == nullptr) return {0, 0};
+  const uint8_t* end = bytes.data() + bytes.size() - kGuardBytes;
+  for (const uint8_t* q : pic.planes) end = q > pic.planes[p] && q < end ? q : end;
+  return {pic.strides[p], static_cast<int32_t>((end - pic.planes[p]) / pic.strides[p])};
+}
+
+bool Picture::GuardsIntact() const {
+  for (size_t i = 0; i < kGuardBytes; ++i) {
+    if (bytes[i] != kGuard || bytes[bytes.size() - 1 - i] != kGuard) return false;
+  }
+  return true;
+}
+
+void Fill(Picture& p, Content content, uint32_t seed) {
+  std::mt19937 rng(seed);
+  for (int plane = 0; plane < 4; ++plane) {
+    const Extent e = p.Of(plane);
+    for (int32_t y = 0; y < e.lines; ++y) {
+      for (int32_t x = 0; x < e.bytes; ++x) {
+        p.At(plane, x, y) = static_cast<uint8_t>(
+            content == Content::kNoise   ? rng()
+            : content == Content::kRamp ? 30 + (x + y + 20 * plane) % 220
+                                        : 60 + (x * 2 + y * 3 + plane * 40) % 130);
+      }
+    }
+  }
+}
+
+double Psnr(const Picture& a, const Picture& b, int plane, int32_t step, int32_t phase) {
+  const Extent e = a.Of(plane);
+  double err = 0, n = 0;
+  for (int32_t y = 0; y < e.lines; ++y) {
+    for (int32_t x = phase; x < e.bytes; x += step, n += 1) {
+      const double d = a.At(plane, x, y) - b.At(plane, x, y);
+      err += d * d;
+    }
+  }
+  return err == 0 ? 99.0 : 10 * std::log10(255.0 * 255.0 * n / err);
+}
+
+vantaro_status Encode(uint32_t fourcc, const vantaro_picture& p, int32_t quality, std::vector<uint8_t>& frame,
+                      const vantaro_options* options) {
+  vantaro_encoder* e = nullptr;
+  vantaro_status s = vantaro_encoder_create(fourcc, p.width, p.height, quality, options, &e);
+  if (s != VANTARO_OK) return s;
+  frame.assign(vantaro_frame_bound(fourcc, p.width, p.height), 0);
+  size_t written = 0;
+  s = vantaro_encode(e, &p, frame.data(), frame.size(), &written);
+  frame.resize(written);
+  vantaro_encoder_destroy(e);
+  return s;
+}
+
+vantaro_status Decode(uint32_t fourcc, const std::vector<uint8_t>& frame, const vantaro_picture& p,
+                      vantaro_decode_report* report, const vantaro_options* options) {
+  vantaro_decoder* d = nullptr;
+  vantaro_status s = vantaro_decoder_create(fourcc, p.width, p.height, options, &d);
+  if (s != VANTARO_OK) return s;
+  s = vantaro_decode(d, frame.data(), frame.size(), &p, report);
+  vantaro_decoder_destroy(d);
+  return s;
+}
+
+vantaro_options WithThreads(int32_t threads) {
+  vantaro_options options;
+  vantaro_options_default(&options);
+  options.threads = threads;
+  return options;
 }
 
 }  // namespace vantaro::test

@@ -1,4 +1,6 @@
-// Deterministic synthetic pictures and small stream helpers for the suites.
+// Deterministic synthetic pictures and small stream helpers for the suites:
+// frames of the direct layouts for the internal drivers, and pictures of any
+// public format, with guard bytes, for the native door.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +9,7 @@
 #include <vector>
 
 #include "codec/codec_instance.h"
+#include "vantaro/vantaro.h"
 
 namespace vantaro::test {
 
@@ -52,21 +55,6 @@ Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t see
 
 uint64_t Fnv1a64(const uint8_t* data, size_t size);
 
-// The golden tests' hash of one case and layout: the hash of every stream
-// variant's hash (as little-endian bytes, VTQ0..VTQ9 in order); `each` gets
-// the single hashes for a failure message.
-constexpr char kGoldenVariants[] = {'0', '1', '2', '3', '4', '5', '7', '9'};
-template <class HashOf>
-uint64_t HashOverVariants(HashOf hashOf, std::string* each) {
-  std::vector<uint8_t> bytes;
-  for (const char variant : kGoldenVariants) {
-    const uint64_t hash = hashOf(variant);
-    for (int i = 0; i < 8; ++i) bytes.push_back(static_cast<uint8_t>(hash >> (8 * i)));
-    *each += std::string(" VTQ") + variant + " " + std::to_string(hash);
-  }
-  return Fnv1a64(bytes.data(), bytes.size());
-}
-
 // Compresses a frame as the direct functions do: the size CompressFrame
 // reports, or 0 when it fails.
 int64_t CompressFrameSize(CodecInstance* instance, uint8_t* stream, size_t capacity,
@@ -92,5 +80,52 @@ class BitPeek {
   const uint8_t* data_;
   uint64_t pos_;
 };
+
+// ---- The native door ----
+
+constexpr uint8_t kGuard = 0xA5;
+constexpr uint32_t kVariantFourCCs[] = {VANTARO_FOURCC_VTQ0, VANTARO_FOURCC_VTQ1, VANTARO_FOURCC_VTQ2,
+                                  VANTARO_FOURCC_VTQ3, VANTARO_FOURCC_VTQ4, VANTARO_FOURCC_VTQ5,
+                                  VANTARO_FOURCC_VTQ7, VANTARO_FOURCC_VTQ9};
+constexpr vantaro_format kPlaneSets[] = {VANTARO_FORMAT_YUV420P, VANTARO_FORMAT_YUVA420P,
+                                         VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_YUVA422P,
+                                         VANTARO_FORMAT_YUV444P, VANTARO_FORMAT_YUVA444P};
+// VTQ0, VTQ2 and VTQ4 carry no alpha.
+inline bool StreamHasAlpha(uint32_t fourcc) {
+  return fourcc != VANTARO_FOURCC_VTQ0 && fourcc != VANTARO_FOURCC_VTQ2 && fourcc != VANTARO_FOURCC_VTQ4;
+}
+inline std::string Name(uint32_t fourcc) { return std::string(reinterpret_cast<const char*>(&fourcc), 4); }
+
+struct Extent {
+  int32_t bytes, lines;  // a line's bytes (pixel-pair padding included) and the lines
+};
+
+// A picture in one buffer, planes as vantaro_picture_fill lays them out,
+// between guard bytes.
+struct Picture {
+  static constexpr size_t kGuardBytes = 64;
+  std::vector<uint8_t> bytes;
+  vantaro_picture pic{};
+  Picture(vantaro_format format, int32_t w, int32_t h);
+  Extent Of(int p) const;
+  uint8_t& At(int p, int32_t x, int32_t y) const {
+    return pic.planes[p][static_cast<ptrdiff_t>(y) * pic.strides[p] + x];
+  }
+  bool GuardsIntact() const;
+};
+
+// kSmooth: gradients that wrap; kRamp: no wrap up to 140 samples a side, so
+// resampling loses little; kNoise: uniform noise.
+enum class Content { kSmooth, kRamp, kNoise };
+void Fill(Picture& p, Content content, uint32_t seed = 7);
+// PSNR of plane `plane` over the bytes x % step == phase of each line.
+double Psnr(const Picture& a, const Picture& b, int plane, int32_t step = 1, int32_t phase = 0);
+
+// A fresh encoder or decoder for one call; the status, and the frame on success.
+vantaro_status Encode(uint32_t fourcc, const vantaro_picture& p, int32_t quality,
+                      std::vector<uint8_t>& frame, const vantaro_options* options = nullptr);
+vantaro_status Decode(uint32_t fourcc, const std::vector<uint8_t>& frame, const vantaro_picture& p,
+                      vantaro_decode_report* report = nullptr, const vantaro_options* options = nullptr);
+vantaro_options WithThreads(int32_t threads);
 
 }  // namespace vantaro::test
