@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "avi/avi.h"
@@ -77,22 +78,15 @@ TEST(Avi, WriterReaderRoundTripAcrossSegments) {
             }
         }
         EXPECT_EQ(riffs, avix + 1);
-        if (c.segments) {
-            EXPECT_EQ(riffs, c.segments);
-        } else {
-            EXPECT_GT(riffs, 1u);
-        }
+        EXPECT_TRUE(c.segments ? riffs == c.segments : riffs > 1) << riffs;
 
         AviReader reader(path);
         EXPECT_FALSE(reader.truncated());
         const AviVideo& v = reader.video();
+        const AviVideo w = Video();
         EXPECT_EQ(v.fourcc, fourcc("VTQ2"));
-        EXPECT_EQ(v.coded_width, 1936);
-        EXPECT_EQ(v.coded_height, 1080);
-        EXPECT_EQ(v.display_width, 1921);
-        EXPECT_EQ(v.display_height, 1079);
-        EXPECT_EQ(v.rate, 30000u);
-        EXPECT_EQ(v.scale, 1001u);
+        EXPECT_EQ(std::tie(v.coded_width, v.coded_height, v.display_width, v.display_height, v.rate, v.scale),
+                  std::tie(w.coded_width, w.coded_height, w.display_width, w.display_height, w.rate, w.scale));
         EXPECT_TRUE(v.interlaced);
         EXPECT_FALSE(v.top_field_first);
         size_t largest = 0;
@@ -199,11 +193,9 @@ TEST(Avi, ReadsForeignLayoutsAndCutFiles) {
         bytes.resize(bytes.size() - c.cut);
         WriteBytes(path, bytes);
         AviReader reader(path);
-        EXPECT_EQ(fourcc_upper(reader.video().fourcc), fourcc("VTQ0"));
-        EXPECT_EQ(reader.video().coded_width, 64);
-        EXPECT_EQ(reader.video().coded_height, 16);
-        EXPECT_EQ(reader.video().display_height, 16);
-        EXPECT_EQ(reader.video().rate, 24u);
+        const AviVideo& v = reader.video();
+        EXPECT_EQ(fourcc_upper(v.fourcc), fourcc("VTQ0"));
+        EXPECT_EQ(std::tie(v.coded_width, v.coded_height, v.display_height, v.rate), std::make_tuple(64, 16, 16, 24u));
         EXPECT_EQ(reader.truncated(), c.truncated);
         ASSERT_EQ(reader.frames().size(), c.frames);
         std::vector<uint8_t> got;
