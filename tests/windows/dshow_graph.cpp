@@ -4,7 +4,6 @@
 // by class id to feed the system's Null Renderer. The frames are compressed
 // through the DLL's direct exports; the sink's pictures are written for the
 // script to compare with the native build's.
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -27,55 +26,40 @@ IBaseFilter* FilterOf(const Endpoint& e) { return static_cast<IBaseFilter*>(e.fi
 IPin* PinOf(const Endpoint& e) { return static_cast<IPin*>(e.pin); }
 
 // The decoder's class id is VTQ0's media subtype.
-const CLSID kDecoderClass{0x30515456, 0x0000, 0x0010,
-                          {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
-
-struct DirectExports {
-  void* (*compressBegin)(const BITMAPINFOHEADER*, uint32_t);
-  int64_t (*compressFrame)(void*, uint8_t*, const uint8_t*, int32_t);
-  int64_t (*compressEnd)(void*);
-};
-
-template <typename T>
-bool Find(HMODULE module, const char* name, T* function) {
-  *function = reinterpret_cast<T>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-  return EXPECT(*function != nullptr);
-}
+const CLSID kDecoderClass{0x30515456, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
 
 // The frames, compressed by the same DLL through its direct functions.
-std::vector<std::vector<uint8_t>> CompressFrames(const char* dllPath,
-                                                 const std::string& directory) {
+std::vector<std::vector<uint8_t>> CompressFrames(const char* dllPath, const std::string& directory) {
   std::vector<std::vector<uint8_t>> streams;
   HMODULE module = LoadLibraryA(dllPath);
-  DirectExports x{};
-  if (!EXPECT(module != nullptr) || !Find(module, "VTC_CompressFieldBegin", &x.compressBegin) ||
-      !Find(module, "VTC_CompressFrame", &x.compressFrame) ||
-      !Find(module, "VTC_CompressFieldEnd", &x.compressEnd)) {
-    return streams;
+  if (!EXPECT(module != nullptr)) return streams;
+  const auto find = [module](const char* name) { return reinterpret_cast<void*>(GetProcAddress(module, name)); };
+  const auto begin = reinterpret_cast<void* (*)(const BITMAPINFOHEADER*, uint32_t)>(find("VTC_CompressFieldBegin"));
+  const auto frame = reinterpret_cast<int64_t (*)(void*, uint8_t*, const uint8_t*, int32_t)>(find("VTC_CompressFrame"));
+  const auto end = reinterpret_cast<int64_t (*)(void*)>(find("VTC_CompressFieldEnd"));
+  if (EXPECT(begin && frame && end)) {
+    const auto header = PictureHeader<BITMAPINFOHEADER>(kYuy2);
+    void* encoder = begin(&header, kGraphFourCC);
+    for (int f = 0; f < kFrames && EXPECT(encoder != nullptr); ++f) {
+      std::vector<uint8_t> stream(kGraphFrameRoom);
+      const int64_t length = frame(encoder, stream.data(), SourcePicture(kYuy2, f).data(), kWidth * 2);
+      if (!EXPECT(length > 4 && length <= int64_t(stream.size()))) break;
+      stream.resize(size_t(length));
+      EXPECT(WriteResult(directory, "graph_" + std::to_string(f) + ".stream", stream.data(), stream.size()));
+      streams.push_back(stream);
+    }
+    end(encoder);
   }
-  const auto header = PictureHeader<BITMAPINFOHEADER>(kYuy2);
-  void* encoder = x.compressBegin(&header, kGraphFourCC);
-  for (int f = 0; f < kGraphFrames && EXPECT(encoder != nullptr); ++f) {
-    const std::vector<uint8_t> picture = SourcePicture(kYuy2, f);
-    std::vector<uint8_t> stream(kGraphFrameRoom);
-    const int64_t length = x.compressFrame(encoder, stream.data(), picture.data(), kWidth * 2);
-    if (!EXPECT(length > 4 && length <= static_cast<int64_t>(stream.size()))) break;
-    stream.resize(static_cast<size_t>(length));
-    EXPECT(WriteResult(directory, "graph_" + std::to_string(f) + ".stream", stream.data(),
-                       stream.size()));
-    streams.push_back(stream);
-  }
-  x.compressEnd(encoder);
   FreeLibrary(module);
   return streams;
 }
 
 IPin* PinOf(IBaseFilter* filter, PIN_DIRECTION wanted) {
   IEnumPins* pins = nullptr;
-  if (FAILED(filter->EnumPins(&pins))) return nullptr;
   IPin* pin = nullptr;
+  if (FAILED(filter->EnumPins(&pins))) return nullptr;
+  PIN_DIRECTION direction;
   while (pins->Next(1, &pin, nullptr) == S_OK) {
-    PIN_DIRECTION direction;
     if (SUCCEEDED(pin->QueryDirection(&direction)) && direction == wanted) break;
     pin->Release();
     pin = nullptr;
@@ -88,8 +72,8 @@ IPin* PinOf(IBaseFilter* filter, PIN_DIRECTION wanted) {
 CLSID PeerClass(IPin* pin) {
   CLSID id = GUID_NULL;
   IPin* peer = nullptr;
-  if (FAILED(pin->ConnectedTo(&peer))) return id;
   PIN_INFO info{};
+  if (FAILED(pin->ConnectedTo(&peer))) return id;
   if (SUCCEEDED(peer->QueryPinInfo(&info)) && info.pFilter != nullptr) {
     info.pFilter->GetClassID(&id);
     info.pFilter->Release();
@@ -98,122 +82,92 @@ CLSID PeerClass(IPin* pin) {
   return id;
 }
 
-// Runs the graph, pushes the frames, and stops it. Wine may leave filters it
-// paused running when a start fails half-way, so ours are stopped here too.
-void RunAndDeliver(IGraphBuilder* graph, const Endpoint& source, IBaseFilter* sink,
-                   const std::vector<std::vector<uint8_t>>& frames, bool waitForCompletion) {
+// Runs the graph, pushes the frames, waits for a renderer's completion
+// (`complete`; the recording sink reports none) and stops. Wine may
+// leave filters it paused running when a start fails half-way, so the
+// source is stopped here too.
+void RunAndDeliver(IGraphBuilder* graph, const Endpoint& source, const std::vector<std::vector<uint8_t>>& frames,
+                   bool complete) {
   IMediaControl* control = nullptr;
   IMediaEvent* events = nullptr;
-  if (!EXPECT(SUCCEEDED(graph->QueryInterface(IID_IMediaControl,
-                                              reinterpret_cast<void**>(&control)))) ||
-      !EXPECT(SUCCEEDED(graph->QueryInterface(IID_IMediaEvent,
-                                              reinterpret_cast<void**>(&events))))) {
+  if (!EXPECT(SUCCEEDED(graph->QueryInterface(IID_IMediaControl, reinterpret_cast<void**>(&control)))) ||
+      !EXPECT(SUCCEEDED(graph->QueryInterface(IID_IMediaEvent, reinterpret_cast<void**>(&events))))) {
     return;
   }
   // A renderer finishes its start only once its first sample is in, so the
   // graph may still be on the way (VFW_S_STATE_INTERMEDIATE) until delivery.
-  const HRESULT started = control->Run();
   OAFilterState state = State_Stopped;
-  const HRESULT reached = control->GetState(100, &state);
-  if (EXPECT(SUCCEEDED(started)) &&
-      EXPECT((reached == S_OK || reached == VFW_S_STATE_INTERMEDIATE) &&
-             state == State_Running)) {
+  LONG code = 0;
+  if (EXPECT(SUCCEEDED(control->Run())) &&
+      EXPECT(SUCCEEDED(control->GetState(100, &state)) && state == State_Running)) {
     EXPECT(graph_test::Deliver(source, frames) == S_OK);
     EXPECT(control->GetState(5000, &state) == S_OK && state == State_Running);
-    if (waitForCompletion) {
-      LONG code = 0;
-      EXPECT(events->WaitForCompletion(5000, &code) == S_OK && code == EC_COMPLETE);
-    }
+    if (complete) EXPECT(events->WaitForCompletion(5000, &code) == S_OK && code == EC_COMPLETE);
   }
   control->Stop();
   FilterOf(source)->Stop();
-  if (sink != nullptr) sink->Stop();
   events->Release();
   control->Release();
 }
 
-IGraphBuilder* NewGraph() {
+// Source and sink alone, then the decoder by class id into the Null
+// Renderer: the graph must bring the decoder in by itself the first time
+// (not a direct link, nor the system's decompressor over the codec's driver).
+void Graphs(const std::vector<std::vector<uint8_t>>& frames, const std::string& directory, bool byClass) {
   IGraphBuilder* graph = nullptr;
-  EXPECT(SUCCEEDED(CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER,
-                                    IID_IGraphBuilder, reinterpret_cast<void**>(&graph))));
-  return graph;
-}
-
-// Source and sink alone: the graph must bring the decoder in by itself.
-void IntelligentConnect(const std::vector<std::vector<uint8_t>>& frames,
-                        const std::string& directory) {
-  IGraphBuilder* graph = NewGraph();
-  if (graph == nullptr) return;
-  const Endpoint source = graph_test::NewPushSource(kGraphFourCC, kWidth, kHeight);
-  const Endpoint sink = graph_test::NewYuy2Sink();
-  EXPECT(graph->AddFilter(FilterOf(source), L"Source") == S_OK);
-  EXPECT(graph->AddFilter(FilterOf(sink), L"Sink") == S_OK);
-  // Both ends must meet our decoder: not a direct link, and not the system's
-  // own decompressor wrapping the codec's compression driver.
-  if (EXPECT(graph->Connect(PinOf(source), PinOf(sink)) == S_OK) &&
-      EXPECT(PeerClass(PinOf(source)) == kDecoderClass) &&
-      EXPECT(PeerClass(PinOf(sink)) == kDecoderClass)) {
-    RunAndDeliver(graph, source, FilterOf(sink), frames, false);
-    EXPECT(graph_test::SawEndOfStream(sink));
-    const auto pictures = graph_test::Received(sink);
-    EXPECT(pictures.size() == frames.size());
-    for (size_t f = 0; f < pictures.size(); ++f) {
-      const std::vector<uint8_t>& picture = pictures[f];
-      EXPECT(picture.size() == FrameBytes(kYuy2));
-      EXPECT(WriteResult(directory, "graph_" + std::to_string(f) + ".picture", picture.data(),
-                         picture.size()));
-    }
-  }
-  graph->Release();
-  FilterOf(source)->Release();
-  FilterOf(sink)->Release();
-}
-
-// The decoder made by class id, through the registration, into the system's
-// Null Renderer; the graph reports completion once the frames are through.
-void NullRenderer(const std::vector<std::vector<uint8_t>>& frames) {
-  IGraphBuilder* graph = NewGraph();
-  if (graph == nullptr) return;
   IBaseFilter* decoder = nullptr;
-  IBaseFilter* renderer = nullptr;
+  IBaseFilter* sink = nullptr;
   const Endpoint source = graph_test::NewPushSource(kGraphFourCC, kWidth, kHeight);
-  if (EXPECT(SUCCEEDED(CoCreateInstance(kDecoderClass, nullptr, CLSCTX_INPROC_SERVER,
-                                        IID_IBaseFilter, reinterpret_cast<void**>(&decoder)))) &&
-      EXPECT(SUCCEEDED(CoCreateInstance(CLSID_NullRenderer, nullptr, CLSCTX_INPROC_SERVER,
-                                        IID_IBaseFilter, reinterpret_cast<void**>(&renderer))))) {
-    EXPECT(graph->AddFilter(FilterOf(source), L"Source") == S_OK);
-    EXPECT(graph->AddFilter(decoder, L"Decoder") == S_OK);
-    EXPECT(graph->AddFilter(renderer, L"Null Renderer") == S_OK);
-    IPin* decoderIn = PinOf(decoder, PINDIR_INPUT);
-    IPin* decoderOut = PinOf(decoder, PINDIR_OUTPUT);
-    IPin* rendererIn = PinOf(renderer, PINDIR_INPUT);
-    if (EXPECT(decoderIn && decoderOut && rendererIn) &&
-        EXPECT(graph->ConnectDirect(PinOf(source), decoderIn, nullptr) == S_OK) &&
-        EXPECT(graph->ConnectDirect(decoderOut, rendererIn, nullptr) == S_OK)) {
-      RunAndDeliver(graph, source, nullptr, frames, true);
+  const Endpoint ours = graph_test::NewYuy2Sink();
+  if (!EXPECT(SUCCEEDED(CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder,
+                                         reinterpret_cast<void**>(&graph))))) {
+    return;
+  }
+  EXPECT(graph->AddFilter(FilterOf(source), L"Source") == S_OK);
+  if (!byClass) {
+    EXPECT(graph->AddFilter(FilterOf(ours), L"Sink") == S_OK);
+    if (EXPECT(graph->Connect(PinOf(source), PinOf(ours)) == S_OK) &&
+        EXPECT(PeerClass(PinOf(source)) == kDecoderClass && PeerClass(PinOf(ours)) == kDecoderClass)) {
+      RunAndDeliver(graph, source, frames, false);
+      FilterOf(ours)->Stop();
+      const auto pictures = graph_test::Received(ours);
+      EXPECT(graph_test::SawEndOfStream(ours) && pictures.size() == frames.size());
+      for (size_t f = 0; f < pictures.size(); ++f) {
+        EXPECT(pictures[f].size() == FrameBytes(kYuy2));
+        EXPECT(WriteResult(directory, "graph_" + std::to_string(f) + ".picture", pictures[f].data(),
+                           pictures[f].size()));
+      }
     }
-    for (IPin* pin : {decoderIn, decoderOut, rendererIn}) {
+  } else if (EXPECT(SUCCEEDED(CoCreateInstance(kDecoderClass, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
+                                               reinterpret_cast<void**>(&decoder)))) &&
+             EXPECT(SUCCEEDED(CoCreateInstance(CLSID_NullRenderer, nullptr, CLSCTX_INPROC_SERVER,
+                                               IID_IBaseFilter, reinterpret_cast<void**>(&sink))))) {
+    EXPECT(graph->AddFilter(decoder, L"Decoder") == S_OK && graph->AddFilter(sink, L"Null Renderer") == S_OK);
+    IPin* pins[] = {PinOf(decoder, PINDIR_INPUT), PinOf(decoder, PINDIR_OUTPUT), PinOf(sink, PINDIR_INPUT)};
+    if (EXPECT(pins[0] && pins[1] && pins[2]) &&
+        EXPECT(graph->ConnectDirect(PinOf(source), pins[0], nullptr) == S_OK) &&
+        EXPECT(graph->ConnectDirect(pins[1], pins[2], nullptr) == S_OK)) {
+      RunAndDeliver(graph, source, frames, true);
+    }
+    for (IPin* pin : pins) {
       if (pin != nullptr) pin->Release();
     }
   }
   graph->Release();
-  if (renderer != nullptr) renderer->Release();
-  if (decoder != nullptr) decoder->Release();
-  FilterOf(source)->Release();
+  for (IBaseFilter* filter : {decoder, sink, FilterOf(source), FilterOf(ours)}) {
+    if (filter != nullptr) filter->Release();
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (!check::HasArguments(argc, argv)) return 2;
-  const std::string directory = argv[1];
-  if (!EXPECT(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)))) {
-    return check::ExitCode("dshow_graph");
-  }
-  const auto frames = CompressFrames(argv[2], directory);
-  if (EXPECT(frames.size() == static_cast<size_t>(kGraphFrames))) {
-    IntelligentConnect(frames, directory);
-    NullRenderer(frames);
+  if (!EXPECT(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)))) return check::ExitCode("dshow_graph");
+  const auto frames = CompressFrames(argv[2], argv[1]);
+  if (EXPECT(frames.size() == size_t(kFrames))) {
+    Graphs(frames, argv[1], false);
+    Graphs(frames, argv[1], true);
   }
   CoUninitialize();
   return check::ExitCode("dshow_graph");
