@@ -78,24 +78,18 @@ TEST_F(Negotiation, OffersCarryAspectAndFieldOrder) {
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.w) + "x" + std::to_string(c.h) + " " + std::to_string(c.xPels));
     StreamOptions options;
-    options.xPels = c.xPels;
-    options.yPels = c.yPels;
-    options.avgTimePerFrame = 333667;
+    std::tie(options.xPels, options.yPels, options.avgTimePerFrame) = std::make_tuple(c.xPels, c.yPels, 333667);
     Offer offer(c.fourcc, c.w, c.h, 0, options);
     ASSERT_EQ(offer.result, kSOk);
-    EXPECT_EQ(offer.Info2().dwPictAspectRatioX, c.aspectX);
-    EXPECT_EQ(offer.Info2().dwPictAspectRatioY, c.aspectY);
-    EXPECT_EQ(offer.Info2().dwInterlaceFlags, c.interlace);
+    const VIDEOINFOHEADER2& info = offer.Info2();
+    EXPECT_EQ(std::tie(info.dwPictAspectRatioX, info.dwPictAspectRatioY, info.dwInterlaceFlags),
+              std::tie(c.aspectX, c.aspectY, c.interlace));
     EXPECT_EQ(offer.graph.decoder->State().typeSpecificFlags, c.interlace == 37 ? 4u : 0u);
-    if (c.xPelsOut != 0) {
-      EXPECT_EQ(offer.Header().biXPelsPerMeter, c.xPelsOut);
-      EXPECT_EQ(offer.Header().biYPelsPerMeter, c.yPelsOut);
-    }
-    EXPECT_EQ(offer.Info2().AvgTimePerFrame, 333667);
-    EXPECT_EQ(offer.Info2().rcTarget.right, c.w);
-    EXPECT_EQ(offer.Info2().rcSource.bottom, c.h);
-    EXPECT_EQ(offer.type.lSampleSize, offer.Header().biSizeImage);
-    EXPECT_EQ(offer.type.bFixedSizeSamples, 1);
+    EXPECT_TRUE(c.xPelsOut == 0 || (offer.Header().biXPelsPerMeter == c.xPelsOut &&
+                                    offer.Header().biYPelsPerMeter == c.yPelsOut));
+    EXPECT_EQ(std::tie(info.AvgTimePerFrame, info.rcTarget.right, info.rcSource.bottom),
+              std::make_tuple(ReferenceTime{333667}, c.w, c.h));
+    EXPECT_EQ(std::tie(offer.type.lSampleSize, offer.type.bFixedSizeSamples), std::make_tuple(offer.Header().biSizeImage, 1));
   }
   EXPECT_EQ(Offer("VTQ2", 1920, 1080, 0).Header().biSizeImage, 4147200u);
 }
@@ -177,47 +171,20 @@ TEST_F(Negotiation, InputAndTransformChecks) {
   EXPECT_EQ(decoder.CheckTransform(&in, &out), kSOk);
 }
 
-TEST_F(Negotiation, RendererKindsAndTheToggle) {
-  const struct {
-    GUID renderer;
-    uint8_t afterFirst, afterSecond, enhanced;
-  } cases[] = {
-      {kVideoRenderer, 0, 1, 0},         {kVideoMixingRenderer7, 0, 1, 0},
-      {kOverlayMixer, 0, 0, 0},          {kVideoMixingRenderer9, 1, 1, 0},
-      {kEnhancedVideoRenderer, 1, 1, 1}, {kSinkClass, 1, 1, 0},
-  };
-  for (const auto& c : cases) {
-    Graph graph(StreamType(FourCC("VTQ0"), 64, 64), c.renderer);
-    ASSERT_EQ(graph.ConnectInput(), kSOk);
-    ASSERT_EQ(graph.ConnectOutput(), kSOk);
-    EXPECT_EQ(graph.decoder->State().writeSampleFlags, c.afterFirst);
-    graph.DisconnectOutput();
-    ASSERT_EQ(graph.ConnectOutput(), kSOk);
-    EXPECT_EQ(graph.decoder->State().writeSampleFlags, c.afterSecond);
-    EXPECT_EQ(graph.decoder->State().enhancedRenderer, c.enhanced);
-  }
-}
-
-TEST_F(Negotiation, SettingsAreReadOnceAndCreatedWithTheirDefaults) {
-  {
-    Graph graph(StreamType(FourCC("VTQ0"), 64, 64));
-    EXPECT_EQ(graph.decoder->State().configuredInterlaceFlags, 37u);
-  }
-  const std::vector<std::string> written =
-      RegistryDumpForTests(kRegistryCurrentUser, kSettingsKey);
-  EXPECT_EQ(written, (std::vector<std::string>{"value |InterlaceFlags=37",
-                                               "value |TypeSpecificFlags=4"}));
-  EXPECT_EQ(RegistryOpenHandlesForTests(), 0u);
-
+// The defaults written where they were missing are checked under Windows
+// (scripts/test-windows.sh); a stored value wins, an unreadable store gives
+// the defaults.
+TEST_F(Negotiation, SettingsAreReadOnceWithTheirDefaults) {
   SetSetting(u"TypeSpecificFlags", 0);
   Graph stored(StreamType(FourCC("VTQ0"), 64, 64));
-  EXPECT_EQ(stored.decoder->State().configuredTypeSpecificFlags, 0u);
-
+  EXPECT_EQ(std::tie(stored.decoder->State().configuredInterlaceFlags, stored.decoder->State().configuredTypeSpecificFlags),
+            std::make_tuple(37u, 0u));
+  EXPECT_EQ(RegistryOpenHandlesForTests(), 0u);
   RegistryResetForTests();
   RegistrySetDeniedForTests(kRegistryCurrentUser, true);
   Graph denied(StreamType(FourCC("VTQ0"), 64, 64));
-  EXPECT_EQ(denied.decoder->State().configuredInterlaceFlags, 37u);
-  EXPECT_EQ(denied.decoder->State().configuredTypeSpecificFlags, 4u);
+  EXPECT_EQ(std::tie(denied.decoder->State().configuredInterlaceFlags, denied.decoder->State().configuredTypeSpecificFlags),
+            std::make_tuple(37u, 4u));
   RegistrySetDeniedForTests(kRegistryCurrentUser, false);
 }
 

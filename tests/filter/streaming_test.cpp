@@ -18,8 +18,9 @@ class Streaming : public ::testing::Test {
 
   // A frame of `fourcc` made by the direct functions from a YUY2 picture
   // (AYUV for the alpha variants).
-  const std::vector<uint8_t>& Frame(uint32_t fourcc, uint32_t seed, int32_t w = kWidth, int32_t h = kHeight) {
-    std::vector<uint8_t>& stream = frames_[{fourcc, seed, w * 65536 + h}];
+  const std::vector<uint8_t>& Frame(uint32_t fourcc, uint32_t seed) {
+    const int32_t w = kWidth, h = kHeight;
+    std::vector<uint8_t>& stream = frames_[{fourcc, seed}];
     if (!stream.empty()) return stream;
     const bool alpha = ((fourcc >> 24) & 1) != 0;
     const int32_t bytes = alpha ? 4 : 2;
@@ -52,7 +53,7 @@ class Streaming : public ::testing::Test {
   }
 
  private:
-  std::map<std::tuple<uint32_t, uint32_t, int32_t>, std::vector<uint8_t>> frames_;
+  std::map<std::pair<uint32_t, uint32_t>, std::vector<uint8_t>> frames_;
 };
 
 TEST_F(Streaming, PlanarAndPackedOutputsMatchTheDirectFunctions) {
@@ -86,57 +87,61 @@ TEST_F(Streaming, SampleTimesAndFlagsAreRewritten) {
   ASSERT_EQ(graph.ConnectOutput(FourCCSubtype(FourCC("YUY2")), kFormatVideoInfo2), kSOk);
   ASSERT_EQ(graph.Run(), kSOk);
   PushFlags marked;
-  marked.timed = true;
+  marked.timed = marked.discontinuity = marked.preroll = true;
   marked.start = 1000;
   marked.stop = 2000;
-  marked.discontinuity = true;
-  marked.preroll = true;
   ASSERT_EQ(graph.source->Push(Frame(fourcc, 0)), kSOk);
   ASSERT_EQ(graph.source->Push(Frame(fourcc, 1), marked), kSOk);
   ASSERT_EQ(graph.sink->received.size(), 2u);
+  // No times in: 0 and 0 out. An ordinary frame leaves marked a
+  // discontinuity and a discontinuity unmarked; preroll is cleared, and the
+  // frame decoded all the same.
   const Received& first = graph.sink->received[0];
-  EXPECT_EQ(first.timeResult, kSOk);  // no times in: 0 and 0 out
-  EXPECT_EQ(first.start, 0);
-  EXPECT_EQ(first.stop, 0);
-  EXPECT_TRUE(first.discontinuity);  // an ordinary frame leaves marked
-  EXPECT_TRUE(first.sync);
   const Received& second = graph.sink->received[1];
-  EXPECT_EQ(second.start, 1000);
-  EXPECT_EQ(second.stop, 2000);
-  EXPECT_FALSE(second.discontinuity);  // a discontinuity leaves unmarked
-  EXPECT_FALSE(second.preroll);        // preroll cleared, and decoded all the same
-  EXPECT_TRUE(second.sync);
+  EXPECT_EQ(std::tie(first.timeResult, first.start, first.stop), std::make_tuple(kSOk, 0, 0));
+  EXPECT_EQ(std::tie(second.start, second.stop), std::make_tuple(1000, 2000));
+  EXPECT_EQ(std::tie(first.discontinuity, first.sync, second.discontinuity, second.preroll, second.sync),
+            std::make_tuple(true, true, false, false, true));
   EXPECT_EQ(second.data, Expected(graph, second, fourcc, 1));
   for (const Received& r : graph.sink->received) {
     EXPECT_EQ(static_cast<uint32_t>(r.actual), graph.decoder->State().outputBufferSize);
   }
 }
 
-TEST_F(Streaming, TypeSpecificFlagsFollowTheRenderer) {
+// Whether the filter writes its type-specific flags into the samples
+// depends on the renderer, and toggles on each new connection for the old
+// renderers; where it writes them they are the settings' field order (4),
+// or 0 for a progressive alpha stream.
+TEST_F(Streaming, RendererKindsDecideTheSampleFlags) {
   const struct {
-    const char* fourcc;
-    int32_t width, height;
     GUID renderer;
-    uint32_t expected;
+    const char* fourcc;
+    uint8_t afterFirst, afterSecond, enhanced;
   } cases[] = {
-      {"VTQ0", 720, 480, kEnhancedVideoRenderer, 4},         // the registry default
-      {"VTQ1", kWidth, kHeight, kEnhancedVideoRenderer, 0},  // alpha on the EVR: progressive
-      {"VTQ0", kWidth, kHeight, kOverlayMixer, 0x5A},        // left as the input's
-      {"VTQ0", kWidth, kHeight, kVideoRenderer, 0x5A},       // toggled off on the first connection
-      {"VTQ0", kWidth, kHeight, kVideoMixingRenderer9, 4},
+      {kVideoRenderer, "VTQ0", 0, 1, 0},         {kVideoMixingRenderer7, "VTQ0", 0, 1, 0},
+      {kOverlayMixer, "VTQ0", 0, 0, 0},          {kVideoMixingRenderer9, "VTQ0", 1, 1, 0},
+      {kEnhancedVideoRenderer, "VTQ0", 1, 1, 1}, {kEnhancedVideoRenderer, "VTQ1", 1, 1, 1},
+      {kSinkClass, "VTQ0", 1, 1, 0},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.fourcc);
+    SCOPED_TRACE(c.fourcc + std::string(" to ") + std::to_string(c.renderer.Data1));
     const uint32_t fourcc = FourCC(c.fourcc);
-    Graph graph(StreamType(fourcc, c.width, c.height), c.renderer);
+    Graph graph(StreamType(fourcc, kWidth, kHeight), c.renderer);
     ASSERT_EQ(graph.ConnectInput(), kSOk);
-    ASSERT_EQ(graph.ConnectOutput(), kSOk);
-    ASSERT_EQ(graph.Run(), kSOk);
-    PushFlags flags;
-    flags.typeSpecificFlags = 0x5A;
-    ASSERT_EQ(graph.source->Push(Frame(fourcc, 0, c.width, c.height), flags), kSOk);
-    ASSERT_EQ(graph.sink->received.size(), 1u);
-    EXPECT_EQ(graph.sink->received[0].typeSpecificFlags, c.expected);
+    for (const uint8_t writes : {c.afterFirst, c.afterSecond}) {
+      ASSERT_EQ(graph.ConnectOutput(), kSOk);
+      EXPECT_EQ(graph.decoder->State().writeSampleFlags, writes);
+      EXPECT_EQ(graph.decoder->State().enhancedRenderer, c.enhanced);
+      ASSERT_EQ(graph.Run(), kSOk);
+      PushFlags flags;
+      flags.typeSpecificFlags = 0x5A;
+      ASSERT_EQ(graph.source->Push(Frame(fourcc, 0), flags), kSOk);
+      ASSERT_EQ(graph.sink->received.size(), 1u);
+      EXPECT_EQ(graph.sink->received[0].typeSpecificFlags, writes == 0 ? 0x5Au : fourcc == FourCC("VTQ1") ? 0u : 4u);
+      graph.Stop();
+      graph.DisconnectOutput();
+      graph.sink->received.clear();
+    }
   }
 }
 
