@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "check.h"
 #include "sample_frames.h"
 
 namespace {

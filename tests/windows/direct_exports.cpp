@@ -1,13 +1,13 @@
-// The DLL as a plain library, reached by name: a decode that faults inside
-// it leaves the crash capture in the current directory, created new, never
-// over an existing file. The script compares the capture with the native
-// build's (and the export list with the module-definition file).
+// The DLL as a plain library, reached by name: it compresses the graph's
+// frames (graph_N.stream, which dshow_graph then plays), and a decode that
+// faults inside it leaves the crash capture in the current directory,
+// created new, never over an existing file. The script compares both with
+// the native build's (and the export list with the module-definition file).
 #include <windows.h>
 
 #include <string>
 #include <vector>
 
-#include "check.h"
 #include "sample_frames.h"
 
 namespace {
@@ -41,18 +41,23 @@ int main(int argc, char** argv) {
   const auto header = PictureHeader<BITMAPINFOHEADER>(kYuy2);
   void* encoder = compressBegin(&header, kGraphFourCC);
   void* decoder = decompressBegin(&header, kGraphFourCC);
-  std::vector<uint8_t> stream(kGraphFrameRoom), picture(FrameBytes(kYuy2));
-  const int64_t length = compressFrame(encoder, stream.data(), SourcePicture(kYuy2, 0).data(), kWidth * 2);
-  if (EXPECT(length > 4)) {
+  std::vector<uint8_t> first, picture(FrameBytes(kYuy2));
+  for (int f = 0; f < kFrames; ++f) {
+    std::vector<uint8_t> stream(kGraphFrameRoom);
+    const int64_t length = compressFrame(encoder, stream.data(), SourcePicture(kYuy2, f).data(), kWidth * 2);
+    if (!EXPECT(length > 4 && length <= int64_t(stream.size()))) break;
     stream.resize(size_t(length));
-    const std::string capture = std::string(argv[1]) + "\\" + kCaptureDirectory;
-    EXPECT(CreateDirectoryA(capture.c_str(), nullptr));
-    EXPECT(WriteResult(capture, "VTQ_Crash_Output", kEarlierCapture, sizeof kEarlierCapture - 1));
-    char home[MAX_PATH];
-    GetCurrentDirectoryA(MAX_PATH, home);
-    EXPECT(SetCurrentDirectoryA(capture.c_str()));
+    EXPECT(WriteResult(argv[1], "graph_" + std::to_string(f) + ".stream", stream.data(), stream.size()));
+    if (f == 0) first = stream;
+  }
+  const std::string capture = std::string(argv[1]) + "\\" + kCaptureDirectory;
+  char home[MAX_PATH];
+  GetCurrentDirectoryA(MAX_PATH, home);
+  if (EXPECT(!first.empty()) && EXPECT(CreateDirectoryA(capture.c_str(), nullptr)) &&
+      EXPECT(WriteResult(capture, "VTQ_Crash_Output", kEarlierCapture, sizeof kEarlierCapture - 1)) &&
+      EXPECT(SetCurrentDirectoryA(capture.c_str()))) {
     for (const uint8_t fill : kFaultFills) {
-      EXPECT(decompressFrame(decoder, picture.data(), DamagedFrame(stream, fill).data(), kWidth * 2) == 0);
+      EXPECT(decompressFrame(decoder, picture.data(), DamagedFrame(first, fill).data(), kWidth * 2) == 0);
     }
     SetCurrentDirectoryA(home);
   }

@@ -1,6 +1,7 @@
 // What the Windows programs and the native reference writer share: the
 // picture size, the cases, the source pictures (made, not read, so both
-// sides start from the same bytes) and the result files the script compares.
+// sides start from the same bytes), the result files the script compares,
+// and the programs' one assertion.
 #pragma once
 
 #include <cstddef>
@@ -97,3 +98,30 @@ inline bool WriteResult(const std::string& directory, const std::string& name, c
 }
 
 }  // namespace sample_frames
+
+// A failed expectation is reported with its line and the program goes on, so
+// one run shows every difference; the exit code tells whether any failed.
+namespace check {
+
+inline int g_failures = 0;
+
+inline bool Expect(bool holds, const char* what, int line) {
+  if (!holds) std::fprintf(stderr, "line %d: expected %s\n", line, what);
+  g_failures += holds ? 0 : 1;
+  return holds;
+}
+
+// True when the program got OUTPUT_DIRECTORY and DLL_PATH.
+inline bool HasArguments(int argc, char** argv) {
+  if (argc != 3) std::fprintf(stderr, "usage: %s OUTPUT_DIRECTORY DLL_PATH\n", argv[0]);
+  return argc == 3;
+}
+
+inline int ExitCode(const char* program) {
+  std::printf("%s: %s\n", program, g_failures == 0 ? "passed" : "FAILED");
+  return g_failures == 0 ? 0 : 1;
+}
+
+}  // namespace check
+
+#define EXPECT(condition) ::check::Expect((condition), #condition, __LINE__)

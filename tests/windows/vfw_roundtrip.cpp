@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "check.h"
 #include "sample_frames.h"
 
 namespace {
