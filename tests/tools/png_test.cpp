@@ -1,13 +1,12 @@
-// PNG in and out below the command line: the colour matrix both ways, the
-// reader's conversions of every PNG flavour, and numbered names (sequences
-// run through the command line in cli_test.cpp).
+// PNG in and out below the command line: the colour matrix both ways and
+// the reader's conversions of every PNG flavour (numbered sequences run
+// through the command line in cli_test.cpp).
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "convert/colour.h"
 #include "input/png_reader.h"
-#include "io/number_pattern.h"
 #include "png_maker.h"
 
 namespace vantaro::tool {
@@ -69,24 +68,6 @@ TEST(Colour, RunsGiveThePixelFormulasBytes) {
             ASSERT_TRUE(std::equal(one.begin(), one.begin() + long(step), run.begin() + long(i * step))) << i;
         }
     }
-}
-
-TEST(NumberPattern, NamesAndRefusals) {
-    const struct {
-        const char* pattern;
-        uint64_t n;
-        const char* name;
-    } names[] = {{"a_%d.png", 7, "a_7.png"},     {"a_%04d.png", 7, "a_0007.png"}, {"%3d.png", 7, "  7.png"},
-                 {"100%%_%02d.png", 3, "100%_03.png"}, {"f%d", 12345, "f12345"}};
-    for (const auto& c : names) {
-        EXPECT_TRUE(NumberPattern::is_pattern(c.pattern)) << c.pattern;
-        EXPECT_EQ(NumberPattern(c.pattern).name(c.n), c.name);
-    }
-    for (const char* plain : {"100%.png", "a_%s.png", "100%%d.png", "plain.png"}) {
-        EXPECT_FALSE(NumberPattern::is_pattern(plain)) << plain;
-        EXPECT_THROW(NumberPattern{plain}, UserError) << plain;
-    }
-    EXPECT_THROW(NumberPattern("a_%d_%d.png"), UserError);
 }
 
 TEST(PngReader, EveryFlavourBecomesEightBitGreyOrRgbWithAlphaWhenPresent) {
