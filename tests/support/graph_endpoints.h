@@ -57,12 +57,11 @@ class SinkAllocator final : public CUnknown, public IMemAllocator {
   ~SinkAllocator() override { inner_->Release(); }
   VTC_DECLARE_IUNKNOWN
   HRESULT NonDelegatingQueryInterface(const GUID& iid, void** object) override {
-    if (iid == kIidIMemAllocator) return GetInterface(static_cast<IMemAllocator*>(this), object);
-    return CUnknown::NonDelegatingQueryInterface(iid, object);
+    return iid == kIidIMemAllocator ? GetInterface(static_cast<IMemAllocator*>(this), object)
+                                    : CUnknown::NonDelegatingQueryInterface(iid, object);
   }
   HRESULT VTC_STDCALL SetProperties(ALLOCATOR_PROPERTIES* request, ALLOCATOR_PROPERTIES* actual) override {
-    ALLOCATOR_PROPERTIES granted = *request;
-    granted.cbBuffer = std::max(granted.cbBuffer, minimum);
+    ALLOCATOR_PROPERTIES granted{request->cBuffers, std::max(request->cbBuffer, minimum), request->cbAlign, request->cbPrefix};
     return inner_->SetProperties(&granted, actual);
   }
   HRESULT VTC_STDCALL GetProperties(ALLOCATOR_PROPERTIES* p) override { return inner_->GetProperties(p); }
@@ -74,7 +73,7 @@ class SinkAllocator final : public CUnknown, public IMemAllocator {
     if (hr != kSOk) return hr;
     uint8_t* data = nullptr;
     (*sample)->GetPointer(&data);
-    std::memset(data, kFill, static_cast<size_t>((*sample)->GetSize()));
+    std::memset(data, kFill, size_t((*sample)->GetSize()));
     if (pending.IsValid()) (*sample)->SetMediaType(&pending);
     pending = CMediaType();
     return kSOk;
@@ -131,13 +130,9 @@ class TestSink final : public CBaseFilter {
     HRESULT VTC_STDCALL Receive(IMediaSample* sample) override {
       const HRESULT hr = CBaseInputPin::Receive(sample);
       if (hr != kSOk) return hr;
-      Received r{};
+      Received r{0, 0, 0, sample->IsSyncPoint() == kSOk, sample->IsDiscontinuity() == kSOk, sample->IsPreroll() == kSOk,
+                 sample->GetActualDataLength(), SampleProps().dwTypeSpecificFlags, {}};
       r.timeResult = sample->GetTime(&r.start, &r.stop);
-      r.sync = sample->IsSyncPoint() == kSOk;
-      r.discontinuity = sample->IsDiscontinuity() == kSOk;
-      r.preroll = sample->IsPreroll() == kSOk;
-      r.actual = sample->GetActualDataLength();
-      r.typeSpecificFlags = SampleProps().dwTypeSpecificFlags;
       uint8_t* data = nullptr;
       sample->GetPointer(&data);
       r.data.assign(data, data + sample->GetSize());
@@ -182,7 +177,7 @@ class TestSource final : public CBaseFilter {
     sample->SetDiscontinuity(flags.discontinuity);
     sample->SetPreroll(flags.preroll);
     if (flags.sync) sample->SetSyncPoint(true);
-    IMediaSample2* sample2 = nullptr;
+    IMediaSample2* sample2 = nullptr;  // the type-specific flags ride in the second interface's properties
     AM_SAMPLE2_PROPERTIES props{};
     sample->QueryInterface(kIidIMediaSample2, reinterpret_cast<void**>(&sample2));
     sample2->GetProperties(sizeof(props), reinterpret_cast<uint8_t*>(&props));
@@ -200,14 +195,12 @@ class TestSource final : public CBaseFilter {
     OutPin(TestSource* source, std::recursive_mutex* lock) : CBaseOutputPin(source, lock, u"Out"), source_(source) {}
     HRESULT CheckMediaType(const CMediaType*) override { return kSOk; }
     HRESULT GetMediaType(int32_t position, CMediaType* type) override {
-      if (position != 0) return kVfwSNoMoreItems;
-      *type = source_->type_;
-      return kSOk;
+      return position != 0 ? kVfwSNoMoreItems : (*type = source_->type_, kSOk);
     }
     HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
       const BITMAPINFOHEADER* header = HeaderOf(source_->type_);
       request->cBuffers = 1;
-      request->cbBuffer = header->biWidth * std::abs(header->biHeight) * 8 + 4096;
+      request->cbBuffer = header->biWidth * std::abs(header->biHeight) * 8 + 4096;  // room for any frame
       ALLOCATOR_PROPERTIES actual{};
       return allocator->SetProperties(request, &actual);
     }

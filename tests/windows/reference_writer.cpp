@@ -14,22 +14,17 @@
 namespace {
 
 using namespace sample_frames;
-using Frames = std::vector<std::vector<uint8_t>>;
 
 int64_t Send(uint64_t id, uint32_t message, const void* p1, const void* p2 = nullptr) {
   return DriverProc(id, nullptr, message, reinterpret_cast<intptr_t>(p1), reinterpret_cast<intptr_t>(p2));
 }
 
 bool Write(const std::string& directory, const std::string& name, const std::vector<uint8_t>& bytes) {
-  if (WriteResult(directory, name, bytes.data(), bytes.size())) return true;
-  std::fprintf(stderr, "cannot write %s\n", name.c_str());
-  return false;
+  return WriteResult(directory, name, bytes.data(), bytes.size()) || (std::fprintf(stderr, "cannot write %s\n", name.c_str()), false);
 }
 
 uint64_t Open(uint32_t fourcc) {
-  ICOPEN open{};
-  open.fccType = ICTYPE_VIDEO;
-  open.fccHandler = fourcc;
+  ICOPEN open{0, ICTYPE_VIDEO, fourcc, 0, 0, 0, nullptr, nullptr, 0};
   return static_cast<uint64_t>(Send(0, DRV_OPEN, nullptr, &open));
 }
 
@@ -70,10 +65,8 @@ bool CaptureFaults(const std::string& directory, void* decoder, const std::vecto
   const fs::path home = fs::current_path(), capture = fs::path(directory) / kCaptureDirectory;
   std::error_code error;
   fs::create_directories(capture, error);
-  if (!Write(capture.string(), "VTQ_Crash_Output",
-             std::vector<uint8_t>(kEarlierCapture, kEarlierCapture + sizeof kEarlierCapture - 1))) {
-    return false;
-  }
+  const std::vector<uint8_t> earlier(kEarlierCapture, kEarlierCapture + sizeof kEarlierCapture - 1);
+  if (!Write(capture.string(), "VTQ_Crash_Output", earlier)) return false;
   fs::current_path(capture, error);
   std::vector<uint8_t> picture(FrameBytes(kYuy2));
   for (const uint8_t fill : kFaultFills) {

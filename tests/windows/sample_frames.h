@@ -13,8 +13,7 @@
 namespace sample_frames {
 
 // Two fields of 64 lines: each slice of a field gets one macroblock row.
-constexpr int32_t kWidth = 80;
-constexpr int32_t kHeight = 128;
+constexpr int32_t kWidth = 80, kHeight = 128;
 
 constexpr uint32_t FourCC(const char (&t)[5]) {
   return uint32_t(uint8_t(t[0])) | uint32_t(uint8_t(t[1])) << 8 | uint32_t(uint8_t(t[2])) << 16 |
@@ -26,9 +25,7 @@ struct Layout {
   uint32_t compression;
   uint16_t bitCount;
 };
-constexpr Layout kYuy2{FourCC("YUY2"), 16};
-constexpr Layout kRgb24{0, 24};
-constexpr Layout kRgb32{0, 32};
+constexpr Layout kYuy2{FourCC("YUY2"), 16}, kRgb24{0, 24}, kRgb32{0, 32};
 
 // One frame through the compression manager each: 4:2:2 from packed YUV,
 // 4:4:4 with run/value alpha from RGB with alpha. The AVI: three frames of
@@ -40,15 +37,14 @@ struct VfwCase {
   Layout layout;
 };
 constexpr VfwCase kVfwCases[] = {{"vfw_vtq2", FourCC("VTQ2"), kYuy2}, {"vfw_vtq5", FourCC("VTQ5"), kRgb32}};
-constexpr uint32_t kAviFourCC = FourCC("VTQ0");
-constexpr uint32_t kGraphFourCC = FourCC("VTQ2");
+constexpr uint32_t kAviFourCC = FourCC("VTQ0"), kGraphFourCC = FourCC("VTQ2");
 constexpr int kFrames = 3;
 constexpr uint32_t kGraphFrameRoom = kWidth * kHeight * 6;
 
-// The crash capture: a graph frame whose first slice is overwritten after
-// its length field, so that its decode faults. In the capture directory an
-// output file of "an earlier fault" already lies: the first fault creates
-// the input file only, a second with another fill leaves both as they were.
+// The crash capture: the first graph frame with its first slice overwritten
+// after its length field, so that its decode faults. In the capture
+// directory an output file of "an earlier fault" already lies: the first
+// fault creates the input file only, a second with another fill leaves both.
 constexpr const char* kCaptureDirectory = "capture";
 constexpr char kEarlierCapture[] = "an earlier capture\n";
 constexpr uint8_t kFaultFills[] = {0xFF, 0xA5};
@@ -65,15 +61,8 @@ constexpr size_t FrameBytes(const Layout& layout) { return size_t(kWidth) * kHei
 // The description of `layout` at the test size, for either side's record.
 template <typename BitmapHeader>
 BitmapHeader PictureHeader(const Layout& layout) {
-  BitmapHeader header{};
-  header.biSize = sizeof header;
-  header.biWidth = kWidth;
-  header.biHeight = kHeight;
-  header.biPlanes = 1;
-  header.biBitCount = layout.bitCount;
-  header.biCompression = layout.compression;
-  header.biSizeImage = static_cast<uint32_t>(FrameBytes(layout));
-  return header;
+  return BitmapHeader{40, kWidth, kHeight, 1, layout.bitCount, layout.compression, uint32_t(FrameBytes(layout)), 0, 0,
+                      0, 0};
 }
 
 // Ramps, a product term and noise, so that every block codes coefficients;
@@ -92,9 +81,8 @@ inline std::vector<uint8_t> SourcePicture(const Layout& layout, int frame) {
 
 inline bool WriteResult(const std::string& directory, const std::string& name, const void* data, size_t size) {
   std::FILE* file = std::fopen((directory + "/" + name).c_str(), "wb");
-  if (file == nullptr) return false;
-  const bool written = std::fwrite(data, 1, size, file) == size;
-  return std::fclose(file) == 0 && written;
+  const bool written = file != nullptr && std::fwrite(data, 1, size, file) == size;
+  return file != nullptr && std::fclose(file) == 0 && written;
 }
 
 }  // namespace sample_frames
@@ -107,8 +95,7 @@ inline int g_failures = 0;
 
 inline bool Expect(bool holds, const char* what, int line) {
   if (!holds) std::fprintf(stderr, "line %d: expected %s\n", line, what);
-  g_failures += holds ? 0 : 1;
-  return holds;
+  return g_failures += holds ? 0 : 1, holds;
 }
 
 // True when the program got OUTPUT_DIRECTORY and DLL_PATH.
