@@ -21,6 +21,11 @@ constexpr GUID kSourceClass{0x1234, 0x5678, 0x9ABC, {1, 2, 3, 4, 5, 6, 7, 8}};
 constexpr GUID kSinkClass{0x4321, 0x8765, 0xCBA9, {8, 7, 6, 5, 4, 3, 2, 1}};
 constexpr uint8_t kFill = 0xCD;  // every lent output buffer starts so
 
+inline BITMAPINFOHEADER* HeaderOf(const AM_MEDIA_TYPE& type) {
+  return type.formattype == kFormatVideoInfo2 ? &reinterpret_cast<VIDEOINFOHEADER2*>(type.pbFormat)->bmiHeader
+                                              : &reinterpret_cast<VIDEOINFOHEADER*>(type.pbFormat)->bmiHeader;
+}
+
 struct StreamOptions {
   bool videoInfo2 = false;
   uint16_t planes = 1;
@@ -29,38 +34,18 @@ struct StreamOptions {
 };
 
 // A compressed-video input type.
-inline CMediaType StreamType(uint32_t fourcc, int32_t width, int32_t height,
-                             const StreamOptions& options = {}) {
+inline CMediaType StreamType(uint32_t fourcc, int32_t width, int32_t height, const StreamOptions& options = {}) {
   CMediaType type;
   type.majortype = kMediaTypeVideo;
   type.subtype = FourCCSubtype(fourcc);
-  BITMAPINFOHEADER* header = nullptr;
-  if (options.videoInfo2) {
-    auto* info = reinterpret_cast<VIDEOINFOHEADER2*>(type.AllocFormatBuffer(sizeof(VIDEOINFOHEADER2)));
-    type.formattype = kFormatVideoInfo2;
-    info->AvgTimePerFrame = options.avgTimePerFrame;
-    info->dwInterlaceFlags = 0xFFFF;  // never read
-    header = &info->bmiHeader;
-  } else {
-    auto* info = reinterpret_cast<VIDEOINFOHEADER*>(type.AllocFormatBuffer(sizeof(VIDEOINFOHEADER)));
-    type.formattype = kFormatVideoInfo;
-    info->AvgTimePerFrame = options.avgTimePerFrame;
-    header = &info->bmiHeader;
-  }
-  header->biSize = 40;
-  header->biWidth = width;
-  header->biHeight = height;
-  header->biPlanes = options.planes;
-  header->biCompression = fourcc;
-  header->biXPelsPerMeter = options.xPels;
-  header->biYPelsPerMeter = options.yPels;
+  type.formattype = options.videoInfo2 ? kFormatVideoInfo2 : kFormatVideoInfo;
+  // Both blocks start alike, up to the frame time.
+  auto* info = reinterpret_cast<VIDEOINFOHEADER*>(
+      type.AllocFormatBuffer(options.videoInfo2 ? sizeof(VIDEOINFOHEADER2) : sizeof(VIDEOINFOHEADER)));
+  info->AvgTimePerFrame = options.avgTimePerFrame;
+  if (options.videoInfo2) reinterpret_cast<VIDEOINFOHEADER2*>(info)->dwInterlaceFlags = 0xFFFF;  // never read
+  *HeaderOf(type) = BITMAPINFOHEADER{40, width, height, options.planes, 0, fourcc, 0, options.xPels, options.yPels, 0, 0};
   return type;
-}
-
-inline BITMAPINFOHEADER* HeaderOf(const AM_MEDIA_TYPE& type) {
-  return type.formattype == kFormatVideoInfo2
-             ? &reinterpret_cast<VIDEOINFOHEADER2*>(type.pbFormat)->bmiHeader
-             : &reinterpret_cast<VIDEOINFOHEADER*>(type.pbFormat)->bmiHeader;
 }
 
 // Forwards to a memory allocator, granting at least `minimum` bytes a
@@ -72,18 +57,14 @@ class SinkAllocator final : public CUnknown, public IMemAllocator {
   ~SinkAllocator() override { inner_->Release(); }
   VTC_DECLARE_IUNKNOWN
   HRESULT NonDelegatingQueryInterface(const GUID& iid, void** object) override {
-    if (iid == kIidIMemAllocator) return GetInterface(static_cast<IMemAllocator*>(this), object);
-    return CUnknown::NonDelegatingQueryInterface(iid, object);
+    return iid == kIidIMemAllocator ? GetInterface(static_cast<IMemAllocator*>(this), object)
+                                    : CUnknown::NonDelegatingQueryInterface(iid, object);
   }
-  HRESULT VTC_STDCALL SetProperties(ALLOCATOR_PROPERTIES* request,
-                                    ALLOCATOR_PROPERTIES* actual) override {
-    ALLOCATOR_PROPERTIES granted = *request;
-    granted.cbBuffer = std::max(granted.cbBuffer, minimum);
+  HRESULT VTC_STDCALL SetProperties(ALLOCATOR_PROPERTIES* request, ALLOCATOR_PROPERTIES* actual) override {
+    ALLOCATOR_PROPERTIES granted{request->cBuffers, std::max(request->cbBuffer, minimum), request->cbAlign, request->cbPrefix};
     return inner_->SetProperties(&granted, actual);
   }
-  HRESULT VTC_STDCALL GetProperties(ALLOCATOR_PROPERTIES* p) override {
-    return inner_->GetProperties(p);
-  }
+  HRESULT VTC_STDCALL GetProperties(ALLOCATOR_PROPERTIES* p) override { return inner_->GetProperties(p); }
   HRESULT VTC_STDCALL Commit() override { return inner_->Commit(); }
   HRESULT VTC_STDCALL Decommit() override { return inner_->Decommit(); }
   HRESULT VTC_STDCALL GetBuffer(IMediaSample** sample, ReferenceTime* start, ReferenceTime* stop,
@@ -92,16 +73,12 @@ class SinkAllocator final : public CUnknown, public IMemAllocator {
     if (hr != kSOk) return hr;
     uint8_t* data = nullptr;
     (*sample)->GetPointer(&data);
-    std::memset(data, kFill, static_cast<size_t>((*sample)->GetSize()));
-    if (pending.IsValid()) {
-      (*sample)->SetMediaType(&pending);
-      pending = CMediaType();
-    }
+    std::memset(data, kFill, size_t((*sample)->GetSize()));
+    if (pending.IsValid()) (*sample)->SetMediaType(&pending);
+    pending = CMediaType();
     return kSOk;
   }
-  HRESULT VTC_STDCALL ReleaseBuffer(IMediaSample* sample) override {
-    return inner_->ReleaseBuffer(sample);
-  }
+  HRESULT VTC_STDCALL ReleaseBuffer(IMediaSample* sample) override { return inner_->ReleaseBuffer(sample); }
 
   int32_t minimum = 0;
   CMediaType pending;
@@ -114,8 +91,6 @@ class SinkAllocator final : public CUnknown, public IMemAllocator {
 struct Received {
   HRESULT timeResult;
   ReferenceTime start, stop;
-  HRESULT mediaTimeResult;
-  ReferenceTime mediaStart, mediaStop;
   bool sync, discontinuity, preroll;
   int32_t actual;
   uint32_t typeSpecificFlags;
@@ -124,55 +99,40 @@ struct Received {
 
 class TestSink final : public CBaseFilter {
  public:
-  explicit TestSink(const GUID& clsid)
-      : CBaseFilter(u"Sink", nullptr, &lock_, clsid), pin_(this, &lock_) {
-    allocator_ = new SinkAllocator;
+  explicit TestSink(const GUID& clsid) : CBaseFilter(u"Sink", nullptr, &lock_, clsid), pin_(this, &lock_) {
     allocator_->NonDelegatingAddRef();
   }
   ~TestSink() override { allocator_->NonDelegatingRelease(); }
   int32_t GetPinCount() override { return 1; }
   CBasePin* GetPin(int32_t index) override { return index == 0 ? &pin_ : nullptr; }
+  SinkAllocator* Allocator() { return allocator_; }
+  CBasePin* Pin() { return &pin_; }
 
   // Accept only this subtype in this kind of format block (null: anything).
   GUID wantedSubtype = kGuidNull;
   GUID wantedFormat = kGuidNull;
   std::vector<Received> received;
   bool endOfStream = false;
-  SinkAllocator* Allocator() { return allocator_; }
-  CBasePin* Pin() { return &pin_; }
 
  private:
   class InPin final : public CBaseInputPin {
    public:
     InPin(TestSink* sink, std::recursive_mutex* lock) : CBaseInputPin(sink, lock, u"In"), sink_(sink) {}
     HRESULT CheckMediaType(const CMediaType* type) override {
-      if (!(sink_->wantedSubtype == kGuidNull) && !(type->subtype == sink_->wantedSubtype)) {
-        return kSFalse;
-      }
-      if (!(sink_->wantedFormat == kGuidNull) && !(type->formattype == sink_->wantedFormat)) {
-        return kSFalse;
-      }
-      return kSOk;
+      const bool subtype = sink_->wantedSubtype == kGuidNull || type->subtype == sink_->wantedSubtype;
+      const bool format = sink_->wantedFormat == kGuidNull || type->formattype == sink_->wantedFormat;
+      return subtype && format ? kSOk : kSFalse;
     }
-    HRESULT VTC_STDCALL EndOfStream() override {
-      sink_->endOfStream = true;
-      return kSOk;
-    }
+    HRESULT VTC_STDCALL EndOfStream() override { return sink_->endOfStream = true, kSOk; }
     HRESULT VTC_STDCALL GetAllocator(IMemAllocator** allocator) override {
-      return GetInterface(static_cast<IMemAllocator*>(sink_->allocator_),
-                          reinterpret_cast<void**>(allocator));
+      return GetInterface(static_cast<IMemAllocator*>(sink_->allocator_), reinterpret_cast<void**>(allocator));
     }
     HRESULT VTC_STDCALL Receive(IMediaSample* sample) override {
       const HRESULT hr = CBaseInputPin::Receive(sample);
       if (hr != kSOk) return hr;
-      Received r{};
+      Received r{0, 0, 0, sample->IsSyncPoint() == kSOk, sample->IsDiscontinuity() == kSOk, sample->IsPreroll() == kSOk,
+                 sample->GetActualDataLength(), SampleProps().dwTypeSpecificFlags, {}};
       r.timeResult = sample->GetTime(&r.start, &r.stop);
-      r.mediaTimeResult = sample->GetMediaTime(&r.mediaStart, &r.mediaStop);
-      r.sync = sample->IsSyncPoint() == kSOk;
-      r.discontinuity = sample->IsDiscontinuity() == kSOk;
-      r.preroll = sample->IsPreroll() == kSOk;
-      r.actual = sample->GetActualDataLength();
-      r.typeSpecificFlags = SampleProps().dwTypeSpecificFlags;
       uint8_t* data = nullptr;
       sample->GetPointer(&data);
       r.data.assign(data, data + sample->GetSize());
@@ -186,15 +146,13 @@ class TestSink final : public CBaseFilter {
 
   std::recursive_mutex lock_;
   InPin pin_;
-  SinkAllocator* allocator_;
+  SinkAllocator* allocator_ = new SinkAllocator;
 };
 
 struct PushFlags {
   bool timed = false;
   ReferenceTime start = 0, stop = 0;
-  bool discontinuity = false;
-  bool preroll = false;
-  bool sync = false;
+  bool discontinuity = false, preroll = false, sync = false;
   uint32_t typeSpecificFlags = 0;
 };
 
@@ -219,9 +177,9 @@ class TestSource final : public CBaseFilter {
     sample->SetDiscontinuity(flags.discontinuity);
     sample->SetPreroll(flags.preroll);
     if (flags.sync) sample->SetSyncPoint(true);
-    IMediaSample2* sample2 = nullptr;
-    sample->QueryInterface(kIidIMediaSample2, reinterpret_cast<void**>(&sample2));
+    IMediaSample2* sample2 = nullptr;  // the type-specific flags ride in the second interface's properties
     AM_SAMPLE2_PROPERTIES props{};
+    sample->QueryInterface(kIidIMediaSample2, reinterpret_cast<void**>(&sample2));
     sample2->GetProperties(sizeof(props), reinterpret_cast<uint8_t*>(&props));
     props.dwTypeSpecificFlags = flags.typeSpecificFlags;
     sample2->SetProperties(sizeof(props), reinterpret_cast<const uint8_t*>(&props));
@@ -234,18 +192,15 @@ class TestSource final : public CBaseFilter {
  private:
   class OutPin final : public CBaseOutputPin {
    public:
-    OutPin(TestSource* source, std::recursive_mutex* lock)
-        : CBaseOutputPin(source, lock, u"Out"), source_(source) {}
+    OutPin(TestSource* source, std::recursive_mutex* lock) : CBaseOutputPin(source, lock, u"Out"), source_(source) {}
     HRESULT CheckMediaType(const CMediaType*) override { return kSOk; }
     HRESULT GetMediaType(int32_t position, CMediaType* type) override {
-      if (position != 0) return kVfwSNoMoreItems;
-      *type = source_->type_;
-      return kSOk;
+      return position != 0 ? kVfwSNoMoreItems : (*type = source_->type_, kSOk);
     }
     HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
       const BITMAPINFOHEADER* header = HeaderOf(source_->type_);
       request->cBuffers = 1;
-      request->cbBuffer = header->biWidth * std::abs(header->biHeight) * 8 + 4096;
+      request->cbBuffer = header->biWidth * std::abs(header->biHeight) * 8 + 4096;  // room for any frame
       ALLOCATOR_PROPERTIES actual{};
       return allocator->SetProperties(request, &actual);
     }

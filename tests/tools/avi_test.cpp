@@ -3,9 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "avi/avi.h"
@@ -26,195 +27,136 @@ std::vector<uint8_t> FrameBytes(size_t index) {
     return bytes;
 }
 
-AviVideo Video() {
-    AviVideo v;
-    v.fourcc = fourcc("vtq2");
-    v.coded_width = 1936;
-    v.coded_height = 1080;
-    v.display_width = 1921;
-    v.display_height = 1079;
-    v.rate = 30000;
-    v.scale = 1001;
-    v.top_field_first = false;
-    v.size_image = 1234;
-    return v;
-}
-
-std::vector<uint8_t> ReadAll(const std::string& path) {
-    File f = File::open_read(path);
-    std::vector<uint8_t> all(f.size());
-    f.read_some(all.data(), all.size());
-    return all;
-}
-
 TEST(Avi, WriterReaderRoundTripAcrossSegments) {
-    struct Case {
-        uint64_t riff_limit;
-        size_t frames;
-        size_t segments;  // RIFF chunks expected
-    };
-    for (const Case c : {Case{uint64_t(1) << 30, 40, 1}, Case{16384, 40, 0}, Case{4096, 7, 0}}) {
-        SCOPED_TRACE(c.riff_limit);
+    AviVideo video;
+    video.fourcc = fourcc("vtq2");
+    std::tie(video.coded_width, video.coded_height, video.display_width, video.display_height) = std::tuple(1936, 1080, 1921, 1079);
+    std::tie(video.rate, video.scale, video.top_field_first, video.size_image) = std::tuple(30000, 1001, false, 1234);
+    // {RIFF size limit, frames, RIFF chunks expected (0: more than one)}
+    for (const auto& [limit, frames, segments] : {std::tuple<uint64_t, size_t, size_t>{uint64_t(1) << 30, 40, 1},
+                                                  {16384, 40, 0}, {4096, 7, 0}}) {
+        SCOPED_TRACE(limit);
         const std::string path = TempPath("roundtrip.avi");
         {
             OutputFile out(path);
-            AviWriter writer(out.file(), Video(), c.riff_limit);
-            for (size_t i = 0; i < c.frames; ++i) {
-                const auto b = FrameBytes(i);
-                writer.add_frame(b.data(), uint32_t(b.size()));
-            }
+            AviWriter writer(out.file(), video, limit);
+            for (size_t i = 0; i < frames; ++i) writer.add_frame(FrameBytes(i).data(), uint32_t(FrameBytes(i).size()));
             writer.finish();
             out.commit();
         }
-        const std::vector<uint8_t> all = ReadAll(path);
+        File f = File::open_read(path);
+        std::vector<uint8_t> all(f.size());
+        f.read_some(all.data(), all.size());
         size_t riffs = 0, avix = 0;
         for (uint64_t at = 0; at + 12 <= all.size(); at += 8 + get32(&all[at + 4]) + (get32(&all[at + 4]) & 1)) {
             ASSERT_EQ(get32(&all[at]), fourcc("RIFF"));
             ++riffs;
             avix += get32(&all[at + 8]) == fourcc("AVIX");
-            if (c.riff_limit < all.size()) {
-                EXPECT_LE(get32(&all[at + 4]) + 8u, c.riff_limit + 3008);
-            }
+            EXPECT_TRUE(limit >= all.size() || get32(&all[at + 4]) + 8u <= limit + 3008) << at;
         }
         EXPECT_EQ(riffs, avix + 1);
-        if (c.segments) {
-            EXPECT_EQ(riffs, c.segments);
-        } else {
-            EXPECT_GT(riffs, 1u);
-        }
+        EXPECT_TRUE(segments ? riffs == segments : riffs > 1) << riffs;
 
         AviReader reader(path);
         EXPECT_FALSE(reader.truncated());
         const AviVideo& v = reader.video();
         EXPECT_EQ(v.fourcc, fourcc("VTQ2"));
-        EXPECT_EQ(v.coded_width, 1936);
-        EXPECT_EQ(v.coded_height, 1080);
-        EXPECT_EQ(v.display_width, 1921);
-        EXPECT_EQ(v.display_height, 1079);
-        EXPECT_EQ(v.rate, 30000u);
-        EXPECT_EQ(v.scale, 1001u);
+        EXPECT_EQ(std::tie(v.coded_width, v.coded_height, v.display_width, v.display_height, v.rate, v.scale),
+                  std::tie(video.coded_width, video.coded_height, video.display_width, video.display_height,
+                           video.rate, video.scale));
         EXPECT_TRUE(v.interlaced);
         EXPECT_FALSE(v.top_field_first);
         size_t largest = 0;
-        for (size_t i = 0; i < c.frames; ++i) largest = std::max(largest, FrameBytes(i).size());
+        for (size_t i = 0; i < frames; ++i) largest = std::max(largest, FrameBytes(i).size());
         EXPECT_EQ(v.size_image, largest);  // the largest frame beats the given bound
-        ASSERT_EQ(reader.frames().size(), c.frames);
+        ASSERT_EQ(reader.frames().size(), frames);
         std::vector<uint8_t> got;
-        for (size_t i = 0; i < c.frames; ++i) {
+        for (size_t i = 0; i < frames; ++i) {
             ASSERT_TRUE(reader.read_frame(i, got));
             EXPECT_EQ(got, FrameBytes(i)) << "frame " << i;
         }
-        std::remove(path.c_str());
+        std::filesystem::remove(path);
     }
 }
 
-// Builds an AVI by hand the way other programs lay them out.
-struct Builder {
+// An AVI laid out the way other programs write them: an audio stream first,
+// JUNK, no handler, a top-down picture, optional rec lists and a partial index.
+std::vector<uint8_t> ForeignAvi(bool rec_lists, bool with_index) {
     Packer p;
     std::vector<size_t> open;
-    void begin(const char (&type)[5], const char (&name)[5]) {
+    const auto begin = [&](const char (&type)[5], const char (&name)[5]) {
         p.u32(fourcc(type));
         open.push_back(p.bytes.size());
         p.u32(0);
         p.u32(fourcc(name));
-    }
-    void end() {
-        const size_t at = open.back();
+    };
+    const auto end = [&] {
+        const uint32_t size = uint32_t(p.bytes.size() - open.back() - 4);
+        for (int i = 0; i < 4; ++i) p.bytes[open.back() + size_t(i)] = uint8_t(size >> (8 * i));
         open.pop_back();
-        const uint32_t size = uint32_t(p.bytes.size() - at - 4);
-        for (int i = 0; i < 4; ++i) p.bytes[at + size_t(i)] = uint8_t(size >> (8 * i));
-    }
-    void chunk(uint32_t id, const std::vector<uint8_t>& body) {
-        p.u32(id);
+    };
+    const auto chunk = [&](const char (&id)[5], const std::vector<uint8_t>& body) {
+        p.u32(fourcc(id));
         p.u32(uint32_t(body.size()));
         p.bytes.insert(p.bytes.end(), body.begin(), body.end());
         if (body.size() & 1) p.u8(0);
-    }
-};
-
-std::vector<uint8_t> ForeignAvi(bool rec_lists, bool with_index) {
-    Builder b;
-    b.begin("RIFF", "AVI ");
-    b.begin("LIST", "hdrl");
-    b.chunk(fourcc("avih"), std::vector<uint8_t>(56));
-    b.chunk(fourcc("JUNK"), std::vector<uint8_t>(3));
-    b.begin("LIST", "strl");
-    Packer strh;
-    strh.u32(fourcc("auds"));
-    strh.zeros(52);
-    b.chunk(fourcc("strh"), strh.bytes);
-    b.end();
-    b.begin("LIST", "strl");
-    Packer vs;
-    vs.u32(fourcc("vids"));
-    vs.u32(0);  // no handler
-    vs.zeros(12);
-    vs.u32(1);
-    vs.u32(24);
-    vs.zeros(28);
-    b.chunk(fourcc("strh"), vs.bytes);
-    Packer bi;
-    bi.u32(40);
-    bi.u32(64);
-    bi.u32(uint32_t(-16));  // top-down: a negative height
-    bi.u16(1);
-    bi.u16(24);
-    bi.u32(fourcc("vtq0"));
-    bi.zeros(20);
-    b.chunk(fourcc("strf"), bi.bytes);
-    b.end();
-    b.end();
-    b.begin("LIST", "movi");
+    };
+    const auto fields = [](std::initializer_list<uint32_t> words, size_t zeros) {
+        Packer f;
+        for (const uint32_t w : words) f.u32(w);
+        f.zeros(zeros);
+        return f.bytes;
+    };
+    begin("RIFF", "AVI ");
+    begin("LIST", "hdrl");
+    chunk("avih", std::vector<uint8_t>(56));
+    chunk("JUNK", std::vector<uint8_t>(3));
+    begin("LIST", "strl");
+    chunk("strh", fields({fourcc("auds")}, 52));
+    end();
+    begin("LIST", "strl");
+    chunk("strh", fields({fourcc("vids"), 0, 0, 0, 0, 1, 24}, 28));  // no handler; rate 24
+    // 64 wide, 16 high top-down (a negative height), one plane of 24 bits.
+    chunk("strf", fields({40, 64, uint32_t(-16), 1 | 24 << 16, fourcc("vtq0")}, 20));
+    end();
+    end();
+    begin("LIST", "movi");
     for (size_t i = 0; i < 5; ++i) {
-        if (rec_lists) b.begin("LIST", "rec ");
-        b.chunk(fourcc("00wb"), std::vector<uint8_t>(7, 9));
-        b.chunk(fourcc("01dc"), FrameBytes(i + 1));
-        if (rec_lists) b.end();
+        if (rec_lists) begin("LIST", "rec ");
+        chunk("00wb", std::vector<uint8_t>(7, 9));
+        chunk("01dc", FrameBytes(i + 1));
+        if (rec_lists) end();
     }
-    b.end();
-    if (with_index) b.chunk(fourcc("idx1"), std::vector<uint8_t>(16));  // partial
-    b.end();
-    return b.p.bytes;
-}
-
-void WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(f, nullptr);
-    std::fwrite(bytes.data(), 1, bytes.size(), f);
-    std::fclose(f);
+    end();
+    if (with_index) chunk("idx1", std::vector<uint8_t>(16));  // partial
+    end();
+    return p.bytes;
 }
 
 TEST(Avi, ReadsForeignLayoutsAndCutFiles) {
     const std::string path = TempPath("foreign.avi");
-    struct Case {
-        bool rec, index;
-        size_t cut;  // bytes dropped from the end
-        size_t frames;
-        bool truncated;
-    };
-    for (const Case c : {Case{false, false, 0, 5, false}, Case{true, true, 0, 5, false},
-                         Case{false, false, 100, 4, true}, Case{true, false, 900, 4, true}}) {
-        SCOPED_TRACE(c.rec * 100 + c.index * 10 + c.cut);
-        auto bytes = ForeignAvi(c.rec, c.index);
-        bytes.resize(bytes.size() - c.cut);
-        WriteBytes(path, bytes);
+    // {rec lists, index, bytes cut from the end, frames, truncated}
+    for (const auto& [rec, index, cut, frames, truncated] :
+         {std::tuple{false, false, 0, 5u, false}, {true, true, 0, 5u, false}, {false, false, 100, 4u, true},
+          {true, false, 900, 4u, true}}) {
+        SCOPED_TRACE(rec * 100 + index * 10 + cut);
+        const auto bytes = ForeignAvi(rec, index);
+        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size() - size_t(cut)));
         AviReader reader(path);
-        EXPECT_EQ(fourcc_upper(reader.video().fourcc), fourcc("VTQ0"));
-        EXPECT_EQ(reader.video().coded_width, 64);
-        EXPECT_EQ(reader.video().coded_height, 16);
-        EXPECT_EQ(reader.video().display_height, 16);
-        EXPECT_EQ(reader.video().rate, 24u);
-        EXPECT_EQ(reader.truncated(), c.truncated);
-        ASSERT_EQ(reader.frames().size(), c.frames);
+        const AviVideo& v = reader.video();
+        EXPECT_EQ(fourcc_upper(v.fourcc), fourcc("VTQ0"));
+        EXPECT_EQ(std::tie(v.coded_width, v.coded_height, v.display_height, v.rate), std::make_tuple(64, 16, 16, 24u));
+        EXPECT_EQ(reader.truncated(), truncated);
+        ASSERT_EQ(reader.frames().size(), frames);
         std::vector<uint8_t> got;
-        for (size_t i = 0; i < c.frames; ++i) {
+        for (size_t i = 0; i < frames; ++i) {
             ASSERT_TRUE(reader.read_frame(i, got));
             EXPECT_EQ(got, FrameBytes(i + 1));
         }
     }
-    WriteBytes(path, {'R', 'I', 'F', 'F', 4, 0, 0, 0, 'W', 'A', 'V', 'E'});
+    std::ofstream(path, std::ios::binary) << "RIFF\x04\0\0\0WAVE";
     EXPECT_THROW(AviReader{path}, UserError);
-    std::remove(path.c_str());
+    std::filesystem::remove(path);
 }
 
 }  // namespace

@@ -14,17 +14,14 @@ namespace {
 
 TEST(Pipeline, WritesInOrderAndStopsAtTheFirstFailure) {
     // {step that throws, frame it throws at}; "" runs all 60 frames.
-    const struct {
-        std::string step;
-        uint64_t at;
-    } cases[] = {{"", 60}, {"read", 5}, {"work", 9}, {"write", 0}, {"write", 13}};
-    for (const auto& c : cases) {
+    const std::pair<std::string, uint64_t> cases[] = {{"", 60}, {"read", 5}, {"work", 9}, {"write", 0}, {"write", 13}};
+    for (const auto& [step, at] : cases) {
         for (size_t threads : {1u, 2u, 5u}) {
-            SCOPED_TRACE(c.step + " " + std::to_string(c.at) + ", threads " + std::to_string(threads));
+            SCOPED_TRACE(step + " " + std::to_string(at) + ", threads " + std::to_string(threads));
             std::vector<uint64_t> slots(threads), written;
             std::atomic<uint64_t> reads{0};
-            auto fail = [&](const char* step, uint64_t i) {
-                if (c.step == step && i == c.at) throw std::runtime_error("stop");
+            auto fail = [&, step = step, at = at](const char* here, uint64_t i) {
+                if (step == here && i == at) throw std::runtime_error("stop");
             };
             auto run = [&] {
                 run_pipeline(
@@ -46,15 +43,15 @@ TEST(Pipeline, WritesInOrderAndStopsAtTheFirstFailure) {
                         written.push_back(i);
                     });
             };
-            if (c.step.empty()) {
+            if (step.empty()) {
                 run();
-                ASSERT_EQ(written.size(), c.at);
+                ASSERT_EQ(written.size(), at);
             } else {
                 // Nothing at or past the failing frame is written, and
                 // reading stops within a batch of it.
                 EXPECT_THROW(run(), std::runtime_error);
-                ASSERT_LE(written.size(), c.at);
-                EXPECT_LE(reads.load(), c.at + threads + 1);
+                ASSERT_LE(written.size(), at);
+                EXPECT_LE(reads.load(), at + threads + 1);
             }
             for (size_t i = 0; i < written.size(); ++i) EXPECT_EQ(written[i], i);
         }
