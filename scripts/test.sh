@@ -31,7 +31,7 @@ echo "== the threaded tests under ThreadSanitizer"
 # Only the suites that hold threaded cases are built: every test named for threads.
 cmake -S . -B build/tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVANTARO_WERROR=ON \
   -DVANTARO_SANITIZE_THREAD=ON >/dev/null
-cmake --build build/tsan -j "$jobs" --target threads_tests codec_tests
+cmake --build build/tsan -j "$jobs" --target threads_tests
 TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build/tsan --output-on-failure -j "$jobs" -R '[Tt]hreads'
 
 echo "== each fuzz target for ${FUZZ_SECONDS:=15} s on its corpus"
