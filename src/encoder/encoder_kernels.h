@@ -11,13 +11,14 @@
 namespace vantaro::encoder {
 
 struct ForwardKernels {
-  // 64 signed 16-bit samples in raster order, 16-byte aligned, in place.
-  void (*forwardDct)(int16_t* block);
-  // Level shift of the DC, then each value times its reciprocal, rounded to
-  // nearest even and clamped to 16 bits; in place.
-  void (*quantise)(int16_t* block, const float* reciprocals);
-  // Bit k set where block[k] is not zero; 64 values, 16-byte aligned.
-  uint64_t (*nonZeroMask)(const int16_t* block);
+  // `count` consecutive blocks of 64 signed 16-bit samples in raster order,
+  // 16-byte aligned, in place: the transform, the level shift of the DC,
+  // then each value times its reciprocal, rounded to nearest even and
+  // clamped to 16 bits. nonZero[i] gets bit k set where block i's value k is
+  // not zero. The same as ForwardDctScalar, QuantiseBlockScalar and
+  // NonZeroMaskScalar block by block; a vector form keeps a block in
+  // registers from samples to mask.
+  void (*forwardBlocks)(int16_t* blocks, int32_t count, const float* reciprocals, uint64_t* nonZero);
 };
 
 // One source line of a macroblock, 16 pixels wide, unpacked to samples.
