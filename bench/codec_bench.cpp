@@ -3,12 +3,11 @@
 // through the native API from and to planar 4:2:2 (Native/...). Counters:
 // Mpixel/s, Mblock/s (8x8 transform blocks) and bits/pixel. Run with
 // --benchmark_repetitions=5 --benchmark_report_aggregates_only=true and quote
-// medians; VANTARO_SCALAR=1 measures the scalar kernels. Kernels/<family>/
+// medians; VANTARO_KERNELS=scalar (sse2, avx2) measures one kernel level. Kernels/<family>/
 // <level> times each kernel family on each level present.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -192,9 +191,9 @@ const Case kCases[] = {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const char* scalar = std::getenv("VANTARO_SCALAR");
-  if (scalar != nullptr && std::strcmp(scalar, "0") != 0) {
-    vantaro::SetKernelOverride(vantaro::KernelOverride::kScalar);
+  vantaro::KernelOverride level;
+  if (vantaro::KernelOverrideNamed(std::getenv("VANTARO_KERNELS"), &level)) {
+    vantaro::SetKernelOverride(level);
   }
   for (const char* photo : {"forest-path", "fallen-leaf"}) {
     for (const Case& c : kCases) {
