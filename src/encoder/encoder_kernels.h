@@ -50,8 +50,9 @@ struct LoaderKernels {
 
 extern const ForwardKernels kForwardKernelsScalar;
 extern const LoaderKernels kLoaderKernelsScalar;
-// Null on builds without SSE2.
+// Null on builds without SSE2 (AVX2).
 const ForwardKernels* ForwardKernelsSse2();
+const ForwardKernels* ForwardKernelsAvx2();
 const LoaderKernels* LoaderKernelsSse2();
 
 }  // namespace vantaro::encoder
