@@ -46,6 +46,11 @@ struct LoaderKernels {
   // [1] U Y V Y; the same samples as yuy2 and uyvy.
   void (*packed422Rows[2])(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft, int16_t* yRight,
                            int16_t* u, int16_t* v, int32_t lines);
+  // `lines` lines of one 8-bit plane (`lineDistance` apart) widened into
+  // strips: 16 bytes a line, the first 8 to left + 8r and the rest to
+  // right + 8r; or 8 bytes a line to out + 8r.
+  void (*planeRows16)(const uint8_t* source, ptrdiff_t lineDistance, int16_t* left, int16_t* right, int32_t lines);
+  void (*planeRows8)(const uint8_t* source, ptrdiff_t lineDistance, int16_t* out, int32_t lines);
 };
 
 extern const ForwardKernels kForwardKernelsScalar;

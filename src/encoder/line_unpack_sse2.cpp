@@ -130,9 +130,26 @@ void Packed422Rows(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft
   }
 }
 
+void PlaneRows16(const uint8_t* source, ptrdiff_t lineDistance, int16_t* left, int16_t* right, int32_t lines) {
+  const __m128i zero = _mm_setzero_si128();
+  for (int32_t r = 0; r < lines; ++r) {
+    const __m128i v = LoadU(source + lineDistance * r);
+    Store(left + 8 * r, _mm_unpacklo_epi8(v, zero));
+    Store(right + 8 * r, _mm_unpackhi_epi8(v, zero));
+  }
+}
+
+void PlaneRows8(const uint8_t* source, ptrdiff_t lineDistance, int16_t* out, int32_t lines) {
+  const __m128i zero = _mm_setzero_si128();
+  for (int32_t r = 0; r < lines; ++r) {
+    const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(source + lineDistance * r));
+    Store(out + 8 * r, _mm_unpacklo_epi8(v, zero));
+  }
+}
+
 constexpr LoaderKernels kSse2Loaders = {Luma8, LumaAlpha, ChromaHalf, ChromaFull, Yuy2,
                                         Uyvy,  Ayuv,      Rgb<3>,     Rgb<4>,
-                                        {Packed422Rows<false>, Packed422Rows<true>}};
+                                        {Packed422Rows<false>, Packed422Rows<true>}, PlaneRows16, PlaneRows8};
 
 }  // namespace
 
