@@ -15,20 +15,6 @@
 namespace vantaro::encoder {
 namespace {
 
-TEST(ForwardTransform, FlatBlocksGiveOnlyTheLevelShiftedDc) {
-  alignas(16) float unit[64];
-  for (float& r : unit) r = 1.0f;
-  for (const int16_t sample : {0, 128, 255}) {
-    alignas(16) int16_t block[64];
-    for (int16_t& v : block) v = sample;
-    ForwardDctScalar(block);
-    EXPECT_EQ(block[0], 8 * sample);
-    QuantiseBlockScalar(block, unit);
-    EXPECT_EQ(block[0], 8 * sample - 1024);
-    EXPECT_EQ(NonZeroMaskScalar(block), sample == 128 ? 0u : 1u) << sample;
-  }
-}
-
 // Row is the vertical frequency, column the horizontal; within 1 of the
 // orthonormal DCT for 8-bit input.
 TEST(ForwardTransform, StaysWithinOneOfTheOrthonormalDct) {
@@ -53,30 +39,37 @@ TEST(ForwardTransform, StaysWithinOneOfTheOrthonormalDct) {
   EXPECT_LT(worst, 1.0);
 }
 
-TEST(Quantiser, RoundsHalfToEvenWithoutDeadZoneAndClampsTo16Bits) {
+// Flat blocks give only the level-shifted DC; the quantiser rounds half to
+// even with no dead zone and clamps to 16 bits, and the level shift wraps.
+TEST(ForwardTransform, QuantisedValuesOnTheEdgeCases) {
   const struct {
-    int16_t value;  // at position 1, or the DC before its level shift
+    int16_t sample;  // every sample; 0: none, the transform skipped
+    int16_t dc, value;  // before the quantiser: the DC and position 1
     float reciprocal;
-    int16_t expected;
-  } cases[] = {{1, 0.5f, 0},          {3, 0.5f, 2},           {-3, 0.5f, -2},     {-1, 0.5f, 0},
-               {7, 0.5f, 4},          {20000, 4.0f, 32767},   {-20000, 4.0f, -32768}};
+    int16_t quantisedDc, quantised;
+  } cases[] = {
+      {0, 0, 0, 1.0f, -1024, 0},        {128, 0, 0, 1.0f, 0, 0},        {255, 0, 0, 1.0f, 1016, 0},
+      {0, 1024 + 5, 1, 0.5f, 2, 0},     {0, 1024, 3, 0.5f, 0, 2},       {0, 1024, -3, 0.5f, 0, -2},
+      {0, 1024, -1, 0.5f, 0, 0},        {0, 1024, 7, 0.5f, 0, 4},       {0, 1024, 20000, 4.0f, 0, 32767},
+      {0, -32768, -20000, 4.0f, 32767, -32768},  // -32768 - 1024 wraps to 31744
+  };
   for (const auto& c : cases) {
     alignas(16) int16_t block[64] = {};
     alignas(16) float reciprocals[64];
     for (float& r : reciprocals) r = c.reciprocal;
-    block[0] = 1024 + 5;  // after the level shift 5 * 0.5 = 2.5 -> 2
-    block[1] = c.value;
-    QuantiseBlockScalar(block, reciprocals);
-    EXPECT_EQ(block[1], c.expected) << c.value << " * " << c.reciprocal;
-    if (c.reciprocal == 0.5f) {
-      EXPECT_EQ(block[0], 2);
+    if (c.sample != 0 || c.dc == 0) {
+      for (int16_t& v : block) v = c.sample;
+      ForwardDctScalar(block);
+      EXPECT_EQ(block[0], 8 * c.sample);
+    } else {
+      block[0] = c.dc;
+      block[1] = c.value;
     }
+    QuantiseBlockScalar(block, reciprocals);
+    EXPECT_EQ(block[0], c.quantisedDc) << c.sample << " " << c.dc;
+    EXPECT_EQ(block[1], c.quantised) << c.value << " * " << c.reciprocal;
+    EXPECT_EQ(NonZeroMaskScalar(block), (c.quantisedDc != 0 ? 1u : 0u) | (c.quantised != 0 ? 2u : 0u));
   }
-  alignas(16) int16_t block[64] = {-32768};  // the level shift wraps: -32768 - 1024 -> 31744
-  alignas(16) float big[64];
-  for (float& r : big) r = 4.0f;
-  QuantiseBlockScalar(block, big);
-  EXPECT_EQ(block[0], 32767);
 }
 
 // Every vector level against the scalar kernels, several blocks a call:
