@@ -11,6 +11,7 @@
 #include "codec/macroblock_scratch.h"
 #include "encoder/alpha_coder.h"
 #include "encoder/block_coder.h"
+#include "encoder/block_codes.h"
 #include "encoder/encoder_kernels.h"
 
 namespace vantaro::encoder {
@@ -29,22 +30,24 @@ inline void ForwardBlocks(const CodecInstance& instance, const ForwardKernels& k
   kernels.forwardBlocks(scratch.blocks[first], count, instance.reciprocalTable, nonZero + first);
 }
 
-// One block: DC difference against its plane's predictor (predictor minus
-// current, 16-bit wrap), codes in scan order straight from the raster block.
-inline void CodeOneBlock(MacroblockScratch& scratch, const uint64_t* nonZero, BlockStep step,
-                         BitWriter& writer) {
-  const int16_t* block = scratch.blocks[step.block];
-  const uint16_t current = static_cast<uint16_t>(block[0]);
-  uint16_t& predictor = scratch.dcPredictor[step.plane];
-  const auto difference = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
-  predictor = current;
-  EncodeRasterBlock(IsChromaPlane(step.plane), difference, block, nonZero[step.block], writer);
-}
-
+// The blocks in `order`: each DC difference against its plane's predictor
+// (predictor minus current, 16-bit wrap), then the codes in scan order
+// straight from the raster block, the writer's state in locals throughout.
 template <size_t N>
 inline void CodeBlocks(MacroblockScratch& scratch, const uint64_t* nonZero, const BlockStep (&order)[N],
                        BitWriter& writer) {
-  for (const BlockStep& step : order) CodeOneBlock(scratch, nonZero, step, writer);
+  const GlobalTables& tables = Tables();
+  CodeWriter w = CodeWriter::From(writer);
+  for (const BlockStep& step : order) {
+    const int16_t* block = scratch.blocks[step.block];
+    const uint16_t current = static_cast<uint16_t>(block[0]);
+    uint16_t& predictor = scratch.dcPredictor[step.plane];
+    const auto difference = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
+    predictor = current;
+    CodeBlock(tables, IsChromaPlane(step.plane) ? tables.dcChroma : tables.dcLuma, difference, block, ZigzagScan,
+              ScanOrderMask(tables, nonZero[step.block]) & ~uint64_t{1}, w);
+  }
+  w.To(writer);
 }
 
 }  // namespace mb
