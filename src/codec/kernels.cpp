@@ -70,11 +70,20 @@ void SetKernelOverride(KernelOverride override) {
   g_override.store(override, std::memory_order_relaxed);
 }
 
+const char* KernelLevelName(KernelLevel level) {
+  static constexpr const char* kNames[kKernelLevelCount] = {"scalar", "sse2", "avx2"};
+  return kNames[static_cast<int>(level)];
+}
+
 bool KernelOverrideNamed(const char* name, KernelOverride* override) {
-  static constexpr const char* kNames[] = {"auto", "scalar", "sse2", "avx2"};
-  for (int i = 0; i < 4; ++i) {
-    if (name != nullptr && std::strcmp(name, kNames[i]) == 0) {
-      *override = static_cast<KernelOverride>(i);
+  if (name == nullptr) return false;
+  if (std::strcmp(name, "auto") == 0) {
+    *override = KernelOverride::kAutomatic;
+    return true;
+  }
+  for (int i = 0; i < kKernelLevelCount; ++i) {
+    if (std::strcmp(name, KernelLevelName(static_cast<KernelLevel>(i))) == 0) {
+      *override = static_cast<KernelOverride>(i + 1);
       return true;
     }
   }

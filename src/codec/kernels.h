@@ -36,7 +36,10 @@ constexpr int kKernelLevelCount = 3;
 // level (a level not available falls back to the best one below it).
 enum class KernelOverride : uint8_t { kAutomatic, kScalar, kSse2, kAvx2 };
 
-// "auto", "scalar", "sse2" or "avx2" (the VANTARO_KERNELS environment
+// "scalar", "sse2" or "avx2".
+const char* KernelLevelName(KernelLevel level);
+
+// "auto" or a level's name (the VANTARO_KERNELS environment
 // variable of the tests and benchmarks); false for any other name.
 bool KernelOverrideNamed(const char* name, KernelOverride* override);
 
