@@ -37,6 +37,7 @@ const Records& AllRecords() {
       Kernels& avx2 = r.level[2];
       avx2 = r.level[1];
       avx2.level = KernelLevel::kAvx2;
+      if (const encoder::ForwardKernels* f = encoder::ForwardKernelsAvx2()) avx2.forward = f;
       r.present[2] = true;
     }
 #endif

@@ -1,15 +1,10 @@
 #include "encoder/block_coder.h"
 
-#include <bit>
-
-#include "codec/code_rows.h"
 #include "codec/global_tables.h"
+#include "encoder/block_codes.h"
 
 namespace vantaro::encoder {
 namespace {
-
-constexpr uint32_t kEndOfBlock = StreamOrder(ParseCode(kEndOfBlockCode));
-constexpr uint32_t kEndOfBlockLength = ParseCode(kEndOfBlockCode).length;
 
 constexpr uint8_t kIdentityOrder[64] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12,
                                         13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25,
@@ -17,50 +12,10 @@ constexpr uint8_t kIdentityOrder[64] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  
                                         39, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51,
                                         52, 53, 54, 55, 56, 57, 58, 59, 60, 61, 62, 63};
 
-// The writer's state lives in locals for the block: every store goes through
-// a byte pointer, which may alias anything the compiler keeps in memory.
-// Codes gather in a 64-bit accumulator stored 32 bits at a time; the end of
-// block goes through PutCode, so the bytes left behind, the zeros past the
-// last bit included, are exactly those of a PutCode per code.
-// `ac` has a bit per non-zero scan position 1..63; coefficient s is
-// values[order[s]].
-VANTARO_FORCE_INLINE void EncodeCodes(const DcCodeTable& dc, int32_t dcDifference, const int16_t* values,
-                                      const uint8_t* order, uint64_t ac, BitWriter& writer) {
-  const GlobalTables& tables = Tables();
-  uint8_t* out = writer.buffer + (writer.bitPos >> 3);
-  uint64_t bits = writer.carry;      // bits not yet stored, from `out` on
-  uint32_t fill = writer.bitPos & 7;  // how many
-  const auto put = [&](uint32_t code, uint32_t length) {
-    bits |= static_cast<uint64_t>(code) << fill;
-    fill += length;
-    if (fill >= 32) {
-      StoreLe32(out, static_cast<uint32_t>(bits));
-      out += 4;
-      bits >>= 32;
-      fill -= 32;
-    }
-  };
-  const uint32_t dcIndex = static_cast<uint32_t>(dcDifference + 2048);
-  put(dc.code[dcIndex], dc.length[dcIndex]);
-  const uint32_t* const acRows = &tables.acCode[0][2048];  // [run << 12 | level], level signed
-  uint32_t runStart = 1;  // the scan position the next run counts from
-  while (ac != 0) {
-    const uint32_t position = static_cast<uint32_t>(std::countr_zero(ac));
-    ac &= ac - 1;
-    const uint32_t entry = acRows[static_cast<int32_t>((position - runStart) << 12) + values[order[position]]];
-    put(entry >> 8, entry & 255u);
-    runStart = position + 1;
-  }
-  // Fewer than 32 bits left: stored whole, they reach no further than the
-  // end of block's own store will.
-  StoreLe32(out, static_cast<uint32_t>(bits));
-  writer.bitPos = static_cast<uint32_t>(out - writer.buffer) * 8 + fill;
-  writer.carry = static_cast<uint32_t>(bits) >> (fill & ~7u);
-  PutCode(writer, kEndOfBlock, kEndOfBlockLength);
-}
-
 void EncodeScannedBlock(const DcCodeTable& dc, const int16_t* block, BitWriter& writer) {
-  EncodeCodes(dc, block[0], block, kIdentityOrder, ~ZeroMask(block) & ~uint64_t{1}, writer);
+  CodeWriter w = CodeWriter::From(writer);
+  CodeBlock(Tables(), dc, block[0], block, kIdentityOrder, ~ZeroMask(block) & ~uint64_t{1}, w);
+  w.To(writer);
 }
 
 }  // namespace
@@ -75,12 +30,7 @@ uint64_t ZeroMask(const int16_t* block) {
   return mask;
 }
 
-uint64_t ScanOrderMask(uint64_t rasterMask) {
-  const GlobalTables& t = Tables();
-  uint64_t m = 0;
-  for (int k = 0; k < 8; ++k) m |= t.scanMask[k][(rasterMask >> (8 * k)) & 255u];
-  return m;
-}
+uint64_t ScanOrderMask(uint64_t rasterMask) { return ScanOrderMask(Tables(), rasterMask); }
 
 void EncodeLumaBlock(const CodecInstance&, const int16_t* block, BitWriter& writer) {
   EncodeScannedBlock(Tables().dcLuma, block, writer);
@@ -93,8 +43,10 @@ void EncodeChromaBlock(const CodecInstance&, const int16_t* block, BitWriter& wr
 void EncodeRasterBlock(bool chroma, int16_t dcDifference, const int16_t* raster, uint64_t rasterNonZero,
                        BitWriter& writer) {
   const GlobalTables& t = Tables();
-  EncodeCodes(chroma ? t.dcChroma : t.dcLuma, dcDifference, raster, ZigzagScan,
-              ScanOrderMask(rasterNonZero) & ~uint64_t{1}, writer);
+  CodeWriter w = CodeWriter::From(writer);
+  CodeBlock(t, chroma ? t.dcChroma : t.dcLuma, dcDifference, raster, ZigzagScan,
+            ScanOrderMask(t, rasterNonZero) & ~uint64_t{1}, w);
+  w.To(writer);
 }
 
 }  // namespace vantaro::encoder

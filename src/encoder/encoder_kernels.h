@@ -11,13 +11,14 @@
 namespace vantaro::encoder {
 
 struct ForwardKernels {
-  // 64 signed 16-bit samples in raster order, 16-byte aligned, in place.
-  void (*forwardDct)(int16_t* block);
-  // Level shift of the DC, then each value times its reciprocal, rounded to
-  // nearest even and clamped to 16 bits; in place.
-  void (*quantise)(int16_t* block, const float* reciprocals);
-  // Bit k set where block[k] is not zero; 64 values, 16-byte aligned.
-  uint64_t (*nonZeroMask)(const int16_t* block);
+  // `count` consecutive blocks of 64 signed 16-bit samples in raster order,
+  // 16-byte aligned, in place: the transform, the level shift of the DC,
+  // then each value times its reciprocal, rounded to nearest even and
+  // clamped to 16 bits. nonZero[i] gets bit k set where block i's value k is
+  // not zero. The same as ForwardDctScalar, QuantiseBlockScalar and
+  // NonZeroMaskScalar block by block; a vector form keeps a block in
+  // registers from samples to mask.
+  void (*forwardBlocks)(int16_t* blocks, int32_t count, const float* reciprocals, uint64_t* nonZero);
 };
 
 // One source line of a macroblock, 16 pixels wide, unpacked to samples.
@@ -45,12 +46,18 @@ struct LoaderKernels {
   // [1] U Y V Y; the same samples as yuy2 and uyvy.
   void (*packed422Rows[2])(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft, int16_t* yRight,
                            int16_t* u, int16_t* v, int32_t lines);
+  // `lines` lines of one 8-bit plane (`lineDistance` apart) widened into
+  // strips: 16 bytes a line, the first 8 to left + 8r and the rest to
+  // right + 8r; or 8 bytes a line to out + 8r.
+  void (*planeRows16)(const uint8_t* source, ptrdiff_t lineDistance, int16_t* left, int16_t* right, int32_t lines);
+  void (*planeRows8)(const uint8_t* source, ptrdiff_t lineDistance, int16_t* out, int32_t lines);
 };
 
 extern const ForwardKernels kForwardKernelsScalar;
 extern const LoaderKernels kLoaderKernelsScalar;
-// Null on builds without SSE2.
+// Null on builds without SSE2 (AVX2).
 const ForwardKernels* ForwardKernelsSse2();
+const ForwardKernels* ForwardKernelsAvx2();
 const LoaderKernels* LoaderKernelsSse2();
 
 }  // namespace vantaro::encoder

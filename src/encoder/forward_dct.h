@@ -1,5 +1,6 @@
 // The integer forward transform. The scalar form here and the SSE2 form
-// (forward_dct_sse2.cpp) do the same arithmetic lane for lane.
+// (forward_dct_sse2.cpp, fused there with the quantiser) do the same
+// arithmetic lane for lane.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +17,8 @@ namespace vantaro::encoder {
 void ForwardDctScalar(int16_t* block);
 
 #if defined(VANTARO_KERNELS_SSE2)
-void ForwardDctSse2(int16_t* block);
+// ForwardKernels::forwardBlocks.
+void ForwardBlocksSse2(int16_t* blocks, int32_t count, const float* reciprocals, uint64_t* nonZero);
 #endif
 
 namespace dct {

@@ -1,6 +1,9 @@
-// The forward transform in SSE2: each row of the block is one vector, so
-// the column pass runs on eight columns at once and the row pass forms its
-// dot products with a multiply-and-add of adjacent pairs.
+// The forward transform and quantiser in SSE2: each row of the block is one
+// vector, so the column pass runs on eight columns at once and the row pass
+// forms its dot products with a multiply-and-add of adjacent pairs. The
+// quantiser and the non-zero mask take the rows from registers: a float
+// multiply per lane, conversion under the default rounding (to nearest, ties
+// to even), a saturating pack to 16 bits, then compares against zero.
 #include "encoder/forward_dct.h"
 
 #if defined(VANTARO_KERNELS_SSE2)
@@ -60,14 +63,47 @@ __m128i RowPass(__m128i x, int row) {
   return _mm_srai_epi16(_mm_adds_epi16(o, Load(dct::kRowRounding[row])), 4);
 }
 
+// Row r of a transformed block times its reciprocals, the DC level shift
+// already applied.
+inline __m128i QuantiseRow(__m128i v, const float* reciprocals) {
+  const __m128i lo = _mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16);
+  const __m128i hi = _mm_srai_epi32(_mm_unpackhi_epi16(v, v), 16);
+  const __m128 flo = _mm_mul_ps(_mm_cvtepi32_ps(lo), _mm_loadu_ps(reciprocals));
+  const __m128 fhi = _mm_mul_ps(_mm_cvtepi32_ps(hi), _mm_loadu_ps(reciprocals + 4));
+  return _mm_packs_epi32(_mm_cvtps_epi32(flo), _mm_cvtps_epi32(fhi));
+}
+
+// Sixteen compares against zero packed to bytes per movemask; the mask
+// answers the zeros, so it is inverted once at the end.
+inline uint64_t NonZeroMask(const __m128i (&q)[8]) {
+  const __m128i zero = _mm_setzero_si128();
+  uint64_t zeros = 0;
+  for (int r = 0; r < 8; r += 2) {
+    const __m128i pair = _mm_packs_epi16(_mm_cmpeq_epi16(q[r], zero), _mm_cmpeq_epi16(q[r + 1], zero));
+    zeros |= static_cast<uint64_t>(static_cast<uint32_t>(_mm_movemask_epi8(pair))) << (8 * r);
+  }
+  return ~zeros;
+}
+
 }  // namespace
 
-void ForwardDctSse2(int16_t* block) {
-  __m128i x[8];
-  for (int r = 0; r < 8; ++r) x[r] = Load(block + 8 * r);
-  ColumnPass(x);
-  for (int r = 0; r < 8; ++r) {
-    _mm_store_si128(reinterpret_cast<__m128i*>(block + 8 * r), RowPass(x[r], r));
+void ForwardBlocksSse2(int16_t* blocks, int32_t count, const float* reciprocals, uint64_t* nonZero) {
+  // The level shift: 1024 off the DC in 16-bit wrap.
+  const __m128i levelShift = _mm_setr_epi16(1024, 0, 0, 0, 0, 0, 0, 0);
+  for (int32_t i = 0; i < count; ++i) {
+    int16_t* block = blocks + 64 * i;
+    __m128i x[8];
+    for (int r = 0; r < 8; ++r) x[r] = Load(block + 8 * r);
+    ColumnPass(x);
+    // Unrolled, so that each row's matrices and rounding are constant addresses.
+#pragma GCC unroll 8
+    for (int r = 0; r < 8; ++r) {
+      __m128i row = RowPass(x[r], r);
+      if (r == 0) row = _mm_sub_epi16(row, levelShift);
+      x[r] = QuantiseRow(row, reciprocals + 8 * r);
+      _mm_store_si128(reinterpret_cast<__m128i*>(block + 8 * r), x[r]);
+    }
+    nonZero[i] = NonZeroMask(x);
   }
 }
 

@@ -86,10 +86,26 @@ void Packed422Rows(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft
   }
 }
 
+void PlaneRows16(const uint8_t* source, ptrdiff_t lineDistance, int16_t* left, int16_t* right, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    const uint8_t* s = source + lineDistance * r;
+    for (int c = 0; c < 8; ++c) {
+      left[8 * r + c] = s[c];
+      right[8 * r + c] = s[c + 8];
+    }
+  }
+}
+
+void PlaneRows8(const uint8_t* source, ptrdiff_t lineDistance, int16_t* out, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    for (int c = 0; c < 8; ++c) out[8 * r + c] = source[lineDistance * r + c];
+  }
+}
+
 constexpr LoaderKernels kScalarLoaders = {
     Luma8,          LumaAlpha,          ChromaPairs<8>, ChromaPairs<16>, Packed422<0, 1, 3>,
     Packed422<1, 0, 2>, Ayuv,           Rgb<3>,         Rgb<4>,
-    {Packed422Rows<0, 1, 3>, Packed422Rows<1, 0, 2>},
+    {Packed422Rows<0, 1, 3>, Packed422Rows<1, 0, 2>}, PlaneRows16, PlaneRows8,
 };
 
 }  // namespace

@@ -91,26 +91,51 @@ inline __m128i Entries(const ColorLanes& first, const ColorLanes& second) {
 }
 
 // Two pixels a vector, lanes U V Y 0 each: table entries added in 16-bit
-// wrap and shifted by 5; the byte pack saturates U and V, Y is kept unpacked.
+// wrap and shifted by 5.
+inline __m128i PixelPair(const GlobalTables& tables, const uint8_t* p, const uint8_t* q) {
+  const __m128i sum = _mm_add_epi16(Entries(tables.lutBlue[p[0]], tables.lutBlue[q[0]]),
+                                    Entries(tables.lutGreen[p[1]], tables.lutGreen[q[1]]));
+  return _mm_srai_epi16(_mm_add_epi16(sum, Entries(tables.lutRed[p[2]], tables.lutRed[q[2]])), 5);
+}
+
+// Eight pixels' lanes from four pairs: Y as it stands, U and V lane by lane.
+inline void Transpose8(const __m128i (&pair)[4], __m128i& y, __m128i& u, __m128i& v) {
+  const __m128i a0 = _mm_unpacklo_epi16(pair[0], pair[1]);  // U0 U2 V0 V2 Y0 Y2 0 0
+  const __m128i a1 = _mm_unpackhi_epi16(pair[0], pair[1]);  // U1 U3 V1 V3 Y1 Y3 0 0
+  const __m128i a2 = _mm_unpacklo_epi16(pair[2], pair[3]);
+  const __m128i a3 = _mm_unpackhi_epi16(pair[2], pair[3]);
+  const __m128i even = _mm_unpacklo_epi32(a0, a2);  // U0 U2 U4 U6 V0 V2 V4 V6
+  const __m128i odd = _mm_unpacklo_epi32(a1, a3);
+  y = _mm_unpacklo_epi16(_mm_unpackhi_epi32(a0, a2), _mm_unpackhi_epi32(a1, a3));
+  u = _mm_unpacklo_epi16(even, odd);
+  v = _mm_unpackhi_epi16(even, odd);
+}
+
+// U and V saturate to 0..255 through a pack to bytes, widened back.
 template <int kBytes>
 void Rgb(const uint8_t* s, LineSamples& out) {
   const GlobalTables& tables = Tables();
-  alignas(16) int16_t wide[64];
-  alignas(16) uint8_t narrow[64];
-  for (int i = 0; i < 16; i += 2) {
-    const uint8_t* p = s + kBytes * i;
-    const uint8_t* q = p + kBytes;
-    __m128i sum = _mm_add_epi16(Entries(tables.lutBlue[p[0]], tables.lutBlue[q[0]]),
-                                Entries(tables.lutGreen[p[1]], tables.lutGreen[q[1]]));
-    sum = _mm_srai_epi16(_mm_add_epi16(sum, Entries(tables.lutRed[p[2]], tables.lutRed[q[2]])), 5);
-    _mm_store_si128(reinterpret_cast<__m128i*>(wide + 4 * i), sum);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(narrow + 4 * i), _mm_packus_epi16(sum, sum));
+  __m128i y[2], u[2], v[2];
+  for (int half = 0; half < 2; ++half) {
+    __m128i pair[4];
+    for (int k = 0; k < 4; ++k) {
+      const uint8_t* p = s + kBytes * (8 * half + 2 * k);
+      pair[k] = PixelPair(tables, p, p + kBytes);
+    }
+    Transpose8(pair, y[half], u[half], v[half]);
   }
-  for (int i = 0; i < 16; ++i) {
-    out.y[i] = wide[4 * i + 2];
-    out.u[i] = narrow[4 * i];
-    out.v[i] = narrow[4 * i + 1];
-    if constexpr (kBytes == 4) out.a[i] = s[4 * i + 3];
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i u8 = _mm_packus_epi16(u[0], u[1]), v8 = _mm_packus_epi16(v[0], v[1]);
+  Store(out.y, y[0]);
+  Store(out.y + 8, y[1]);
+  Store(out.u, _mm_unpacklo_epi8(u8, zero));
+  Store(out.u + 8, _mm_unpackhi_epi8(u8, zero));
+  Store(out.v, _mm_unpacklo_epi8(v8, zero));
+  Store(out.v + 8, _mm_unpackhi_epi8(v8, zero));
+  if constexpr (kBytes == 4) {
+    const auto alpha = [&](int i) { return _mm_srli_epi32(LoadU(s + 4 * i), 24); };
+    const __m128i a = _mm_packus_epi16(_mm_packs_epi32(alpha(0), alpha(4)), _mm_packs_epi32(alpha(8), alpha(12)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out.a), a);
   }
 }
 
@@ -130,9 +155,26 @@ void Packed422Rows(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft
   }
 }
 
+void PlaneRows16(const uint8_t* source, ptrdiff_t lineDistance, int16_t* left, int16_t* right, int32_t lines) {
+  const __m128i zero = _mm_setzero_si128();
+  for (int32_t r = 0; r < lines; ++r) {
+    const __m128i v = LoadU(source + lineDistance * r);
+    Store(left + 8 * r, _mm_unpacklo_epi8(v, zero));
+    Store(right + 8 * r, _mm_unpackhi_epi8(v, zero));
+  }
+}
+
+void PlaneRows8(const uint8_t* source, ptrdiff_t lineDistance, int16_t* out, int32_t lines) {
+  const __m128i zero = _mm_setzero_si128();
+  for (int32_t r = 0; r < lines; ++r) {
+    const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(source + lineDistance * r));
+    Store(out + 8 * r, _mm_unpacklo_epi8(v, zero));
+  }
+}
+
 constexpr LoaderKernels kSse2Loaders = {Luma8, LumaAlpha, ChromaHalf, ChromaFull, Yuy2,
                                         Uyvy,  Ayuv,      Rgb<3>,     Rgb<4>,
-                                        {Packed422Rows<false>, Packed422Rows<true>}};
+                                        {Packed422Rows<false>, Packed422Rows<true>}, PlaneRows16, PlaneRows8};
 
 }  // namespace
 

@@ -11,6 +11,7 @@
 #include "codec/macroblock_scratch.h"
 #include "encoder/alpha_coder.h"
 #include "encoder/block_coder.h"
+#include "encoder/block_codes.h"
 #include "encoder/encoder_kernels.h"
 
 namespace vantaro::encoder {
@@ -21,27 +22,32 @@ constexpr size_t kWorstCaseMacroblockBytes = 4096;
 
 namespace mb {
 
-// One block: transform, quantise, DC difference against its plane's
-// predictor (predictor minus current, 16-bit wrap), code in scan order
-// straight from the raster block.
-inline void EncodeOneBlock(const CodecInstance& instance, const ForwardKernels& kernels,
-                           MacroblockScratch& scratch, BlockStep step, BitWriter& writer) {
-  int16_t* block = scratch.blocks[step.block];
-  kernels.forwardDct(block);
-  kernels.quantise(block, instance.reciprocalTable);
-  const uint64_t nonZero = kernels.nonZeroMask(block);
-  const uint16_t current = static_cast<uint16_t>(block[0]);
-  uint16_t& predictor = scratch.dcPredictor[step.plane];
-  const auto difference = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
-  predictor = current;
-  EncodeRasterBlock(IsChromaPlane(step.plane), difference, block, nonZero, writer);
+// Transformed and quantised blocks first, `count` from `first` in one
+// kernel call, their masks by block number; the DC prediction and codes
+// follow in the stream's order.
+inline void ForwardBlocks(const CodecInstance& instance, const ForwardKernels& kernels,
+                          MacroblockScratch& scratch, int first, int count, uint64_t* nonZero) {
+  kernels.forwardBlocks(scratch.blocks[first], count, instance.reciprocalTable, nonZero + first);
 }
 
+// The blocks in `order`: each DC difference against its plane's predictor
+// (predictor minus current, 16-bit wrap), then the codes in scan order
+// straight from the raster block, the writer's state in locals throughout.
 template <size_t N>
-inline void EncodeBlocks(const CodecInstance& instance, const ForwardKernels& kernels,
-                         MacroblockScratch& scratch, const BlockStep (&order)[N],
-                         BitWriter& writer) {
-  for (const BlockStep& step : order) EncodeOneBlock(instance, kernels, scratch, step, writer);
+inline void CodeBlocks(MacroblockScratch& scratch, const uint64_t* nonZero, const BlockStep (&order)[N],
+                       BitWriter& writer) {
+  const GlobalTables& tables = Tables();
+  CodeWriter w = CodeWriter::From(writer);
+  for (const BlockStep& step : order) {
+    const int16_t* block = scratch.blocks[step.block];
+    const uint16_t current = static_cast<uint16_t>(block[0]);
+    uint16_t& predictor = scratch.dcPredictor[step.plane];
+    const auto difference = static_cast<int16_t>(static_cast<uint16_t>(predictor - current));
+    predictor = current;
+    CodeBlock(tables, IsChromaPlane(step.plane) ? tables.dcChroma : tables.dcLuma, difference, block, ZigzagScan,
+              ScanOrderMask(tables, nonZero[step.block]) & ~uint64_t{1}, w);
+  }
+  w.To(writer);
 }
 
 }  // namespace mb
@@ -51,17 +57,25 @@ inline void EncodeBlocks(const CodecInstance& instance, const ForwardKernels& ke
 template <Family F, AlphaCoding A>
 void EncodeMacroblock(const CodecInstance& instance, const ForwardKernels& kernels,
                       MacroblockScratch& scratch, BitWriter& writer) {
-  if constexpr (F == Family::k420) {
-    mb::EncodeBlocks(instance, kernels, scratch, kOrder420, writer);
-  } else if constexpr (F == Family::k422) {
-    mb::EncodeBlocks(instance, kernels, scratch, kOrder422, writer);
+  uint64_t nonZero[16];
+  if constexpr (F == Family::k420) {  // blocks 0..4 and 6
+    mb::ForwardBlocks(instance, kernels, scratch, 0, 5, nonZero);
+    mb::ForwardBlocks(instance, kernels, scratch, kBlockV0, 1, nonZero);
   } else {
-    mb::EncodeBlocks(instance, kernels, scratch, kOrder444, writer);
+    mb::ForwardBlocks(instance, kernels, scratch, 0, F == Family::k422 ? 8 : 12, nonZero);
+  }
+  if constexpr (A == AlphaCoding::kDct) mb::ForwardBlocks(instance, kernels, scratch, kBlockAlpha, 4, nonZero);
+  if constexpr (F == Family::k420) {
+    mb::CodeBlocks(scratch, nonZero, kOrder420, writer);
+  } else if constexpr (F == Family::k422) {
+    mb::CodeBlocks(scratch, nonZero, kOrder422, writer);
+  } else {
+    mb::CodeBlocks(scratch, nonZero, kOrder444, writer);
   }
   if constexpr (A == AlphaCoding::kRunValue) {
     EncodeAlphaPlane(scratch, writer);
   } else if constexpr (A == AlphaCoding::kDct) {
-    mb::EncodeBlocks(instance, kernels, scratch, kOrderDctAlpha, writer);
+    mb::CodeBlocks(scratch, nonZero, kOrderDctAlpha, writer);
   }
 }
 

@@ -104,12 +104,55 @@ struct PlaneSetLoader : LayoutTraits<Id> {
     place::PutChroma<Family::k420, false>(s, m, u, v);
   }
 
+  // Whether the stream's family is the layout's own: chroma taken as it stands.
+  template <Family F>
+  static constexpr bool kOwnChroma = (F == Family::k444 && kChromaShiftX == 0) ||
+                                     (F == Family::k422 && kChromaShiftX == 1 && !kHalfHeightChroma) ||
+                                     (F == Family::k420 && kChromaShiftX == 1 && kHalfHeightChroma);
+
+  // Rows 0..rows-1 of a macroblock of the layout's own family lying wholly
+  // inside the picture: every plane's lines straight into the strips, with
+  // nothing to clamp. False, with nothing loaded, anywhere else.
+  template <Family F, AlphaCoding A>
+  static bool LoadInside(const LoaderKernels& k, MacroblockScratch& s, const Field& f, int32_t row,
+                         int32_t x, int rows) {
+    const int32_t xc = x >> kChromaShiftX;
+    const int32_t y = 2 * 16 * row + f.field;  // frame line of field line 16 * row
+    const int chromaRows = F == Family::k420 ? (rows + 1) / 2 : rows;
+    const int32_t yc = F == Family::k420 ? 2 * 8 * row + f.field : y;
+    if (x + 16 > f.width || xc + kChromaSamples > f.chromaWidth || y + 2 * (rows - 1) >= f.height ||
+        yc + 2 * (chromaRows - 1) >= f.chromaHeight) {
+      return false;
+    }
+    k.planeRows16(f.Line(0, y) + x, 2 * f.strides[0], s.blocks[kBlockYLeftTop], s.blocks[kBlockYRightTop], rows);
+    const uint8_t* u = f.Line(1, yc) + xc;
+    const uint8_t* v = f.Line(2, yc) + xc;
+    if constexpr (F == Family::k444) {
+      k.planeRows16(u, 2 * f.strides[1], s.blocks[kBlockU0], s.blocks[kBlockU1], rows);
+      k.planeRows16(v, 2 * f.strides[2], s.blocks[kBlockV0], s.blocks[kBlockV1], rows);
+    } else {
+      k.planeRows8(u, 2 * f.strides[1], s.blocks[kBlockU0], chromaRows);
+      k.planeRows8(v, 2 * f.strides[2], s.blocks[kBlockV0], chromaRows);
+    }
+    for (int i = 0; i < rows && A != AlphaCoding::kNone; ++i) {
+      if constexpr (kHasAlpha) {
+        place::PutAlpha<A>(s, i, f.Line(3, y + 2 * i) + x);
+      } else {
+        place::PutOpaqueAlpha<A>(s, i);
+      }
+    }
+    return true;
+  }
+
   // Rows 0..rows-1 of the macroblock at `c`.
   template <Family F, AlphaCoding A>
-  static void LoadRows(const LoaderKernels&, MacroblockScratch& s, const Cursor& c, int32_t,
+  static void LoadRows(const LoaderKernels& k, MacroblockScratch& s, const Cursor& c, int32_t,
                        int rows) {
     const Field& f = *c.field;
     const int32_t x = 16 * c.column;
+    if constexpr (kOwnChroma<F>) {
+      if (LoadInside<F, A>(k, s, f, c.row, x, rows)) return;
+    }
     const int32_t xc = x >> kChromaShiftX;
     uint8_t edge[16];
     for (int i = 0; i < rows; ++i) {

@@ -1,12 +1,8 @@
-// The quantiser. The scalar form here and the SSE2 form (quantise_sse2.cpp)
-// give the same values for every input.
+// The quantiser and the non-zero mask, scalar: the reference the fused
+// vector kernel (forward_dct_sse2.cpp) matches for every input.
 #pragma once
 
 #include <cstdint>
-
-#include "codec/kernels.h"
-
-#include "encoder/forward_dct.h"
 
 namespace vantaro::encoder {
 
@@ -18,10 +14,5 @@ void QuantiseBlockScalar(int16_t* block, const float* reciprocals);
 
 // Bit k set where block[k] is not zero: which quantised values get a code.
 uint64_t NonZeroMaskScalar(const int16_t* block);
-
-#if defined(VANTARO_KERNELS_SSE2)
-void QuantiseBlockSse2(int16_t* block, const float* reciprocals);
-uint64_t NonZeroMaskSse2(const int16_t* block);
-#endif
 
 }  // namespace vantaro::encoder

@@ -4,6 +4,7 @@
 // it fits. Both ways give the same bytes.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -33,10 +34,12 @@ inline Status EncodeWithinCapacity(BitWriter& writer, Encode&& encode) {
   std::memcpy(staging, writer.buffer + startByte, available < kStagingBytes ? available : kStagingBytes);
   BitWriter staged{staging, writer.carry, writer.bitPos & 7u, kStagingBytes};
   encode(staged);
-  // The last store reaches at most four bytes from the final byte position.
+  // PutCode's store reaches four bytes from the final byte position, which
+  // must fit; the block coder's may have zeroed up to eight, copied back as
+  // far as the buffer goes so that both ways leave the same bytes.
   const size_t touched = (staged.bitPos >> 3) + 4;
   if (touched > available) return Status::kDoesNotFit;
-  std::memcpy(writer.buffer + startByte, staging, touched);
+  std::memcpy(writer.buffer + startByte, staging, std::min(touched + 4, available));
   writer.carry = staged.carry;
   writer.bitPos = (writer.bitPos & ~7u) + staged.bitPos;
   return Status::kOk;
