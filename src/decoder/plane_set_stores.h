@@ -163,11 +163,19 @@ struct PlaneSetStore : LayoutTraits<Id> {
   template <Family F, AlphaCoding A>
   static void Store(const StoreKernels& k, const MacroblockScratch& s, const Cursor& c,
                     int32_t lines) {
+    if constexpr (kWholeLines<F>) {
+      if (16 * c.column + 16 <= c.field->width) return StoreWhole<F, A>(k, s, c, lines);
+    }
+    StoreLines<F, A>(k, s, c, lines);
+  }
+
+  // Any macroblock, line by line, cropped to the picture; the reference the
+  // whole-line path must match.
+  template <Family F, AlphaCoding A>
+  static void StoreLines(const StoreKernels& k, const MacroblockScratch& s, const Cursor& c,
+                         int32_t lines) {
     const Field& f = *c.field;
     const int32_t x = 16 * c.column;
-    if constexpr (kWholeLines<F>) {
-      if (x + 16 <= f.width) return StoreWhole<F, A>(k, s, c, lines);
-    }
     const int32_t xc = x >> kChromaShiftX;
     for (int32_t r = 0; r < lines; ++r) {
       const int32_t y = 2 * (16 * c.row + r) + f.field;

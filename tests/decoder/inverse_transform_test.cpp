@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
-#include <numbers>
 #include <random>
 
 #include "codec/codec_instance.h"
@@ -37,15 +35,13 @@ std::vector<int16_t> DcBlock(int16_t dc, int16_t index1) {
 
 TEST(InverseTransform, ShortcutIsOneLevelAboveTheFullPath) {
   const Instance i;
-  // Marked: (v + 1032) >> 3.
-  for (const auto& [dc, expected] : {std::pair{0, 129}, {-8, 128}, {-1024, 1}, {1016, 256}}) {
-    const auto out = Transform(DcBlock(static_cast<int16_t>(dc), kNoAcMark), i.Multipliers());
-    for (int16_t s : out) ASSERT_EQ(s, expected) << "marked DC " << dc;
-  }
-  // Unmarked (an AC code with level 0): the full path.
-  for (const auto& [dc, expected] : {std::pair{0, 128}, {8, 129}, {-8, 127}, {-1024, 0}, {1016, 255}}) {
-    const auto out = Transform(DcBlock(static_cast<int16_t>(dc), 0), i.Multipliers());
-    for (int16_t s : out) ASSERT_EQ(s, expected) << "unmarked DC " << dc;
+  // Marked: (v + 1032) >> 3. Unmarked (an AC code with level 0): the full path.
+  const struct {
+    int16_t dc, index1, expected;
+  } cases[] = {{0, kNoAcMark, 129}, {-8, kNoAcMark, 128}, {-1024, kNoAcMark, 1}, {1016, kNoAcMark, 256},
+               {0, 0, 128},         {8, 0, 129},         {-8, 0, 127},         {-1024, 0, 0}, {1016, 0, 255}};
+  for (const auto& c : cases) {
+    for (int16_t s : Transform(DcBlock(c.dc, c.index1), i.Multipliers())) ASSERT_EQ(s, c.expected) << c.dc;
   }
 }
 
@@ -68,20 +64,6 @@ TEST(InverseTransform, FullPathRoundsByPositionAndTheMarkLivesOnlyAtIndexOne) {
   b[2] = kNoAcMark;
   const auto full = Transform(b, ones);
   EXPECT_NE(full[0], full[2]);
-}
-
-TEST(InverseTransform, DequantisationWrapsAtSixteenBits) {
-  // With a multiplier of 16, levels 2047 and -2049 give the same low 16 bits
-  // of the product; only a wrapping dequantiser maps them alike.
-  uint16_t m[64];
-  for (uint16_t& v : m) v = 16;
-  std::vector<int16_t> a = DcBlock(0, 0), b = DcBlock(0, 0);
-  a[9] = 2047;
-  b[9] = -2049;
-  EXPECT_EQ(Transform(a, m), Transform(b, m));
-  b[9] = 2047;
-  b[0] = 1;  // and the pair is not simply insensitive
-  EXPECT_NE(Transform(a, m), Transform(b, m));
 }
 
 // 512 blocks from a fixed generator (sparse small levels, the whole level
@@ -116,37 +98,6 @@ TEST(InverseTransform, MatchesTheStatedArithmeticBitForBit) {
   EXPECT_EQ(hash, 0x7eaba30277eda2b7ull);
 }
 
-// A plain double-precision inverse DCT of the dequantised block bounds the
-// integer transform: within one level for moderate coefficients.
-TEST(InverseTransform, StaysWithinOneLevelOfTheTrueTransform) {
-  const Instance i(90);
-  std::mt19937 rng(3);
-  for (int trial = 0; trial < 300; ++trial) {
-    std::vector<int16_t> b(64, 0);
-    b[0] = static_cast<int16_t>(static_cast<int32_t>(rng() % 1600) - 800);
-    for (int n = 0; n < 6; ++n) b[1 + rng() % 20] = static_cast<int16_t>(static_cast<int32_t>(rng() % 21) - 10);
-    if (b[1] == kNoAcMark) continue;
-    double f[64];
-    for (int k = 0; k < 64; ++k) f[k] = static_cast<int16_t>(b[k] * i.Multipliers()[k]) >> 4;
-    f[0] += 1024;
-    const auto out = Transform(b, i.Multipliers());
-    for (int y = 0; y < 8; ++y) {
-      for (int x = 0; x < 8; ++x) {
-        double s = 0;
-        for (int v = 0; v < 8; ++v) {
-          for (int u = 0; u < 8; ++u) {
-            const double cu = u == 0 ? std::numbers::sqrt2 / 2 : 1.0;
-            const double cv = v == 0 ? std::numbers::sqrt2 / 2 : 1.0;
-            s += cu * cv * f[v * 8 + u] * std::cos((2 * x + 1) * u * std::numbers::pi / 16) *
-                 std::cos((2 * y + 1) * v * std::numbers::pi / 16);
-          }
-        }
-        ASSERT_NEAR(out[y * 8 + x], s / 4, 1.0) << "trial " << trial << " at " << y << "," << x;
-      }
-    }
-  }
-}
-
 // The vector kernels against their scalar twins, on random data and on the
 // patterns where saturation and wrap-around bite; the memory around the
 // block must stay as it was.
@@ -164,11 +115,15 @@ TEST(BlockKernels, VectorMatchesScalarAndStaysInsideTheBlock) {
       default: return static_cast<int16_t>(rng());
     }
   };
-  for (int trial = 0; trial < 2000; ++trial) {
+  for (int trial = 0; trial < 3000; ++trial) {
     const int kind = trial % 6;
     alignas(16) int16_t a[64 * 3], b[64 * 3];
     for (int k = 0; k < 64 * 3; ++k) a[k] = static_cast<int16_t>(rng());
-    for (int k = 0; k < 64; ++k) a[64 + k] = pattern(kind, k);
+    // Every other block keeps its levels in rows 0..3 (the transform's
+    // shortcut for empty lower rows), a few with one level below them.
+    const int rows = (trial / 6) % 2 == 0 ? 8 : 4;
+    for (int k = 0; k < 64; ++k) a[64 + k] = k < 8 * rows ? pattern(kind, k) : 0;
+    if (rows == 4 && trial % 5 == 0) a[64 + 32 + rng() % 32] = pattern(kind, 1) | 1;
     if (trial % 7 == 0) a[65] = kNoAcMark;
     uint16_t m[64];
     for (int k = 0; k < 64; ++k) {
