@@ -1,14 +1,14 @@
 // Whole-frame encode and decode speed on the 1920x1080 photographs, one
 // benchmark per stream variant and a natural layout for it, plus VTQ2
-// through the native API from and to planar 4:2:2 (Native/...). Counters:
+// through the native API from and to planar 4:2:2 (Native.../<photo>), also on
+// two slice threads (.../threads:2). Counters:
 // Mpixel/s, Mblock/s (8x8 transform blocks) and bits/pixel. Run with
 // --benchmark_repetitions=5 --benchmark_report_aggregates_only=true and quote
-// medians; VANTARO_SCALAR=1 measures the scalar kernels. Kernels/<family>/
+// medians; VANTARO_KERNELS=scalar (sse2, avx2) measures one kernel level. Kernels/<family>/
 // <level> times each kernel family on each level present.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -136,11 +136,19 @@ Planar422 ToPlanar422(const vantaro::bench::RgbPicture& rgb) {
 
 constexpr uint32_t kVtq2 = VTC_FOURCC('V', 'T', 'Q', '2');
 
-void NativeEncode(benchmark::State& state, std::string photo) {
+vantaro_options WithThreads(int32_t threads) {
+  vantaro_options options;
+  vantaro_options_default(&options);
+  options.threads = threads;
+  return options;
+}
+
+void NativeEncode(benchmark::State& state, std::string photo, int32_t threads) {
   const auto& rgb = Photo(photo);
   const Planar422 source = ToPlanar422(rgb);
+  const vantaro_options options = WithThreads(threads);
   vantaro_encoder* encoder = nullptr;
-  if (vantaro_encoder_create(kVtq2, rgb.width, rgb.height, 96, nullptr, &encoder) != VANTARO_OK) {
+  if (vantaro_encoder_create(kVtq2, rgb.width, rgb.height, 96, &options, &encoder) != VANTARO_OK) {
     state.SkipWithError("encoder_create");
     return;
   }
@@ -157,16 +165,17 @@ void NativeEncode(benchmark::State& state, std::string photo) {
   SetCounters(state, "VTQ2", rgb.width, rgb.height, static_cast<int64_t>(written));
 }
 
-void NativeDecode(benchmark::State& state, std::string photo) {
+void NativeDecode(benchmark::State& state, std::string photo, int32_t threads) {
   const auto& rgb = Photo(photo);
   const Planar422 source = ToPlanar422(rgb);
+  const vantaro_options options = WithThreads(threads);
   vantaro_encoder* encoder = nullptr;
   vantaro_decoder* decoder = nullptr;
   std::vector<uint8_t> stream(vantaro_frame_bound(kVtq2, rgb.width, rgb.height));
   size_t written = 0;
   if (vantaro_encoder_create(kVtq2, rgb.width, rgb.height, 96, nullptr, &encoder) != VANTARO_OK ||
       vantaro_encode(encoder, &source.picture, stream.data(), stream.size(), &written) != VANTARO_OK ||
-      vantaro_decoder_create(kVtq2, rgb.width, rgb.height, nullptr, &decoder) != VANTARO_OK) {
+      vantaro_decoder_create(kVtq2, rgb.width, rgb.height, &options, &decoder) != VANTARO_OK) {
     vantaro_encoder_destroy(encoder);
     state.SkipWithError("setup");
     return;
@@ -192,9 +201,9 @@ const Case kCases[] = {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const char* scalar = std::getenv("VANTARO_SCALAR");
-  if (scalar != nullptr && std::strcmp(scalar, "0") != 0) {
-    vantaro::SetKernelOverride(vantaro::KernelOverride::kScalar);
+  vantaro::KernelOverride level;
+  if (vantaro::KernelOverrideNamed(std::getenv("VANTARO_KERNELS"), &level)) {
+    vantaro::SetKernelOverride(level);
   }
   for (const char* photo : {"forest-path", "fallen-leaf"}) {
     for (const Case& c : kCases) {
@@ -204,11 +213,16 @@ int main(int argc, char** argv) {
       benchmark::RegisterBenchmark(("Decode/" + suffix).c_str(), Decode, c, photo)
           ->Unit(benchmark::kMillisecond);
     }
-    const std::string native = std::string("VTQ2/YUV422P/") + photo;
-    benchmark::RegisterBenchmark(("NativeEncode/" + native).c_str(), NativeEncode, photo)
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark(("NativeDecode/" + native).c_str(), NativeDecode, photo)
-        ->Unit(benchmark::kMillisecond);
+    // The native door on one thread, then its slices on two (wall clock: the
+    // second thread's work is not the caller's processor time).
+    for (int32_t threads : {1, 2}) {
+      const std::string native =
+          std::string("VTQ2/YUV422P/") + photo + (threads > 1 ? "/threads:" + std::to_string(threads) : "");
+      benchmark::RegisterBenchmark(("NativeEncode/" + native).c_str(), NativeEncode, photo, threads)
+          ->Unit(benchmark::kMillisecond)->UseRealTime();
+      benchmark::RegisterBenchmark(("NativeDecode/" + native).c_str(), NativeDecode, photo, threads)
+          ->Unit(benchmark::kMillisecond)->UseRealTime();
+    }
   }
   vantaro::bench::RegisterKernelBenchmarks();
   benchmark::Initialize(&argc, argv);

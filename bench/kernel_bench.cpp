@@ -74,11 +74,10 @@ void Stores(benchmark::State& state, const Kernels* k) {
 
 void RegisterKernelBenchmarks() {
   Fill();
-  const char* names[kKernelLevelCount] = {"scalar", "sse2"};
   for (int level = 0; level < kKernelLevelCount; ++level) {
     const Kernels* k = KernelsAt(static_cast<KernelLevel>(level));
     if (k == nullptr) continue;
-    const std::string suffix = std::string("/") + names[level];
+    const std::string suffix = std::string("/") + KernelLevelName(static_cast<KernelLevel>(level));
     benchmark::RegisterBenchmark(("Kernels/forward" + suffix).c_str(), Forward, k);
     benchmark::RegisterBenchmark(("Kernels/loaders" + suffix).c_str(), Loaders, k);
     benchmark::RegisterBenchmark(("Kernels/blocks" + suffix).c_str(), Blocks, k);

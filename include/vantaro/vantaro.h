@@ -158,10 +158,15 @@ VTC_API vantaro_status vantaro_coded_size(int32_t width, int32_t height, int32_t
  */
 VTC_API size_t vantaro_frame_bound(uint32_t fourcc, int32_t width, int32_t height);
 
-/* Which kernels the codec runs. Every choice gives the same bytes. */
+/*
+ * Which kernels the codec runs. Every choice gives the same bytes. A vector
+ * level the processor lacks falls back to the best one below it.
+ */
 typedef enum vantaro_kernels {
-    VANTARO_KERNELS_AUTO = 0,   /* the fastest the processor offers */
-    VANTARO_KERNELS_SCALAR = 1  /* the plain reference code */
+    VANTARO_KERNELS_AUTO = 0,      /* the fastest the processor offers */
+    VANTARO_KERNELS_SCALAR = 1,    /* the plain reference code */
+    VANTARO_KERNELS_X86_SSE2 = 2,  /* 128-bit vectors, every x86-64 processor */
+    VANTARO_KERNELS_X86_AVX2 = 3   /* 256-bit vectors where the processor has them */
 } vantaro_kernels;
 
 /*

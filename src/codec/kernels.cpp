@@ -1,6 +1,7 @@
 #include "codec/kernels.h"
 
 #include <atomic>
+#include <cstring>
 
 #include "decoder/inverse_transform.h"
 #include "decoder/store_kernels.h"
@@ -30,10 +31,22 @@ const Records& AllRecords() {
                     decoder::BlockKernelsSse2(), decoder::StoreKernelsSse2()};
       r.present[1] = true;
     }
+#if defined(VANTARO_KERNELS_AVX2)
+    if (r.present[1] && ProcessorHasAvx2()) {
+      // Every family without a wider twin keeps its SSE2 one.
+      Kernels& avx2 = r.level[2];
+      avx2 = r.level[1];
+      avx2.level = KernelLevel::kAvx2;
+      r.present[2] = true;
+    }
+#endif
     return r;
   }();
   return records;
 }
+
+// An override other than automatic names the level one above its own number.
+static_assert(static_cast<int>(KernelOverride::kAvx2) - 1 == static_cast<int>(KernelLevel::kAvx2));
 
 std::atomic<KernelOverride> g_override{KernelOverride::kAutomatic};
 
@@ -47,13 +60,33 @@ const Kernels* KernelsAt(KernelLevel level) {
 
 const Kernels& ActiveKernels() {
   const KernelOverride o = g_override.load(std::memory_order_relaxed);
-  int top = o == KernelOverride::kScalar ? 0 : kKernelLevelCount - 1;
+  int top = o == KernelOverride::kAutomatic ? kKernelLevelCount - 1 : static_cast<int>(o) - 1;
   while (top > 0 && KernelsAt(static_cast<KernelLevel>(top)) == nullptr) --top;
   return *KernelsAt(static_cast<KernelLevel>(top));
 }
 
 void SetKernelOverride(KernelOverride override) {
   g_override.store(override, std::memory_order_relaxed);
+}
+
+const char* KernelLevelName(KernelLevel level) {
+  static constexpr const char* kNames[kKernelLevelCount] = {"scalar", "sse2", "avx2"};
+  return kNames[static_cast<int>(level)];
+}
+
+bool KernelOverrideNamed(const char* name, KernelOverride* override) {
+  if (name == nullptr) return false;
+  if (std::strcmp(name, "auto") == 0) {
+    *override = KernelOverride::kAutomatic;
+    return true;
+  }
+  for (int i = 0; i < kKernelLevelCount; ++i) {
+    if (std::strcmp(name, KernelLevelName(static_cast<KernelLevel>(i))) == 0) {
+      *override = static_cast<KernelOverride>(i + 1);
+      return true;
+    }
+  }
+  return false;
 }
 
 KernelOverride CurrentKernelOverride() { return g_override.load(std::memory_order_relaxed); }

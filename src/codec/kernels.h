@@ -4,14 +4,19 @@
 //
 // Naming: each family has `k<Family>KernelsScalar`, always present, and
 // `<Family>KernelsSse2()`, null on builds without it. Vector kernels sit in
-// files named *_sse2.cpp, compiled under VANTARO_KERNELS_SSE2 alone; the
-// next level adds a name beside Sse2 and a KernelLevel.
+// files named *_sse2.cpp or *_avx2.cpp, the only files compiled with that
+// level's instructions, under VANTARO_KERNELS_SSE2 or VANTARO_KERNELS_AVX2.
+// A family with an AVX2 twin adds `<Family>KernelsAvx2()`; the AVX2 record
+// takes the SSE2 twin of every family that has none.
 #pragma once
 
 #include <cstdint>
 
 #if defined(__x86_64__) || defined(_M_X64) || defined(__i386__) || defined(_M_IX86)
 #define VANTARO_KERNELS_SSE2 1
+#if defined(__GNUC__)
+#define VANTARO_KERNELS_AVX2 1
+#endif
 #endif
 
 namespace vantaro {
@@ -24,12 +29,19 @@ struct BlockKernels;
 struct StoreKernels;
 }  // namespace decoder
 
-enum class KernelLevel : uint8_t { kScalar, kSse2 };
-constexpr int kKernelLevelCount = 2;
+enum class KernelLevel : uint8_t { kScalar, kSse2, kAvx2 };
+constexpr int kKernelLevelCount = 3;
 
 // Which kernels to run: the best the build and the processor have, or one
 // level (a level not available falls back to the best one below it).
-enum class KernelOverride : uint8_t { kAutomatic, kScalar, kSse2 };
+enum class KernelOverride : uint8_t { kAutomatic, kScalar, kSse2, kAvx2 };
+
+// "scalar", "sse2" or "avx2".
+const char* KernelLevelName(KernelLevel level);
+
+// "auto" or a level's name (the VANTARO_KERNELS environment
+// variable of the tests and benchmarks); false for any other name.
+bool KernelOverrideNamed(const char* name, KernelOverride* override);
 
 struct Kernels {
   KernelLevel level;

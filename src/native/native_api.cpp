@@ -58,7 +58,7 @@ vantaro_status ReadOptions(const vantaro_options* options, vantaro_options* out)
   if (options == nullptr) return VANTARO_OK;
   if (options->size != sizeof(vantaro_options)) return VANTARO_ERROR_BAD_OPTIONS;
   if (options->threads < 0 || options->threads > 8) return VANTARO_ERROR_BAD_OPTIONS;
-  if (options->kernels != VANTARO_KERNELS_AUTO && options->kernels != VANTARO_KERNELS_SCALAR) {
+  if (options->kernels < VANTARO_KERNELS_AUTO || options->kernels > VANTARO_KERNELS_X86_AVX2) {
     return VANTARO_ERROR_BAD_OPTIONS;
   }
   *out = *options;
@@ -88,9 +88,13 @@ vantaro_status CheckFeeds(const vantaro_picture& picture, const VariantFacts& va
   return LayoutOf(f.layout).hasAlpha == variant.alpha ? VANTARO_OK : VANTARO_ERROR_ALPHA_MISMATCH;
 }
 
+// The public choices number the overrides one for one.
+static_assert(static_cast<int>(KernelOverride::kScalar) == VANTARO_KERNELS_SCALAR &&
+              static_cast<int>(KernelOverride::kAvx2) == VANTARO_KERNELS_X86_AVX2);
+
 KernelScope::KernelScope(vantaro_kernels kernels)
-    : saved_(CurrentKernelOverride()), changed_(kernels == VANTARO_KERNELS_SCALAR) {
-  if (changed_) SetKernelOverride(KernelOverride::kScalar);
+    : saved_(CurrentKernelOverride()), changed_(kernels != VANTARO_KERNELS_AUTO) {
+  if (changed_) SetKernelOverride(static_cast<KernelOverride>(kernels));
 }
 
 KernelScope::~KernelScope() {

@@ -1,4 +1,6 @@
-// The processor feature the codec's vector paths assume: SSE2.
+// The processor features the codec's vector paths ask for: SSE2, which every
+// x86-64 processor has and the driver and filter require, and AVX2, which
+// selects the wider kernels when present.
 #pragma once
 
 namespace vantaro {
@@ -8,5 +10,8 @@ namespace vantaro {
 bool ProcessorHasSse2();
 using ProcessorFeatureOverride = bool (*)();
 void SetProcessorFeatureOverride(ProcessorFeatureOverride override);
+
+// True when the processor runs AVX2 and the system saves its registers.
+bool ProcessorHasAvx2();
 
 }  // namespace vantaro

@@ -14,6 +14,15 @@ bool ProcessorHasSse2() {
 #endif
 }
 
+bool ProcessorHasAvx2() {
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+  // The compiler's runtime asks the processor and the system's register state.
+  return __builtin_cpu_supports("avx2");
+#else
+  return false;
+#endif
+}
+
 void SetProcessorFeatureOverride(ProcessorFeatureOverride override) { g_override = override; }
 
 }  // namespace vantaro

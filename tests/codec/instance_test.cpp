@@ -127,20 +127,34 @@ TEST(SliceLayout, RowsAreDealtRoundRobin) {
   }
 }
 
-// The override picks the record the walks get; automatic takes the best level
-// present, and the scalar record always holds the scalar tables.
+// The override picks the record the walks get: automatic takes the best level
+// present, a level the processor lacks falls back to the best one below, the
+// scalar record holds the scalar tables, and the AVX2 record takes the SSE2
+// twin of every family that has no wider one.
 TEST(Kernels, TheOverrideChoosesTheRecordTheWalksGet) {
   const KernelOverride was = CurrentKernelOverride();
-  SetKernelOverride(KernelOverride::kScalar);
-  EXPECT_EQ(&ActiveKernels(), KernelsAt(KernelLevel::kScalar));
-  EXPECT_EQ(ActiveKernels().forward, &encoder::kForwardKernelsScalar);
-  EXPECT_EQ(ActiveKernels().stores, &decoder::kStoreKernelsScalar);
+  const Kernels* best = nullptr;
+  for (KernelOverride o : {KernelOverride::kScalar, KernelOverride::kSse2, KernelOverride::kAvx2}) {
+    const Kernels* own = KernelsAt(static_cast<KernelLevel>(static_cast<int>(o) - 1));
+    if (own != nullptr) best = own;
+    SetKernelOverride(o);
+    EXPECT_EQ(&ActiveKernels(), best) << static_cast<int>(o);
+  }
   SetKernelOverride(KernelOverride::kAutomatic);
+  EXPECT_EQ(&ActiveKernels(), best);
+  EXPECT_EQ(KernelsAt(KernelLevel::kScalar)->forward, &encoder::kForwardKernelsScalar);
+  EXPECT_EQ(KernelsAt(KernelLevel::kScalar)->stores, &decoder::kStoreKernelsScalar);
   const Kernels* sse2 = KernelsAt(KernelLevel::kSse2);
-  EXPECT_EQ(&ActiveKernels(), sse2 != nullptr ? sse2 : KernelsAt(KernelLevel::kScalar));
   if (sse2 != nullptr) {
     EXPECT_EQ(sse2->loaders, encoder::LoaderKernelsSse2());
   }
+  if (const Kernels* avx2 = KernelsAt(KernelLevel::kAvx2)) {
+    EXPECT_EQ(avx2->level, KernelLevel::kAvx2);
+    EXPECT_NE(sse2, nullptr);
+  }
+  KernelOverride named;
+  EXPECT_TRUE(KernelOverrideNamed("avx2", &named) && named == KernelOverride::kAvx2);
+  EXPECT_FALSE(KernelOverrideNamed("AVX2", &named) || KernelOverrideNamed(nullptr, &named));
   SetKernelOverride(was);
 }
 

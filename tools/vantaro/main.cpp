@@ -30,7 +30,7 @@ const char kHelp[] =
     "  vantaro demo [--threads N]\n"
     "      Synthesises a 1080-line interlaced sequence, runs it through all eight variants,\n"
     "      prints size, PSNR and speed, and writes demo.avi and demo_sheet.png here.\n"
-    "  vantaro bench [INPUT] [--fourcc VTQ2,...] [--threads N] [--quality 96] [--seconds 1] [--scalar]\n"
+    "  vantaro bench [INPUT] [--fourcc VTQ2,...] [--threads N] [--quality 96] [--seconds 1] [--kernels auto|scalar|sse2|avx2]\n"
     "      Encode and decode speed and bits a pixel per variant on a PNG or Y4M picture\n"
     "      (default: the shared 1080-line photographs); one thread unless --threads.\n"
     "\n"

@@ -200,7 +200,7 @@ void bench_variant(const Source& s, const Variant& v, const vantaro_options& opt
 }  // namespace
 
 int bench_command(int argc, char** argv) {
-    const Args a = parse_args(argc, argv, {"--scalar"}, {"--fourcc", "--threads", "--quality", "--seconds"});
+    const Args a = parse_args(argc, argv, {}, {"--fourcc", "--threads", "--quality", "--seconds", "--kernels"});
     if (a.positional.size() > 1) throw UsageError("bench takes at most one INPUT");
     std::vector<const Variant*> chosen;
     for (const auto& [name, value] : a.options) {
@@ -216,7 +216,11 @@ int bench_command(int argc, char** argv) {
     vantaro_options options;
     vantaro_options_default(&options);
     options.threads = a.number("--threads", 1, 1, 8);
-    if (a.flag("--scalar")) options.kernels = VANTARO_KERNELS_SCALAR;
+    static constexpr const char* kKernelNames[] = {"auto", "scalar", "sse2", "avx2"};
+    const std::string kernels = a.value("--kernels", "auto");
+    const auto named = std::find(std::begin(kKernelNames), std::end(kKernelNames), kernels);
+    if (named == std::end(kKernelNames)) throw UsageError("--kernels takes auto, scalar, sse2 or avx2");
+    options.kernels = static_cast<vantaro_kernels>(named - std::begin(kKernelNames));
     const int32_t quality = a.number("--quality", 96, 1, 99);
     const double seconds = a.number("--seconds", 1, 1, 600);
 
@@ -231,7 +235,7 @@ int bench_command(int argc, char** argv) {
     const char* build = "debug (unoptimised: figures not representative)";
 #endif
     std::printf("processor: %s\nbuild:     %s\nkernels:   %s, threads %d, quality %d\n", processor_name().c_str(),
-                build, options.kernels == VANTARO_KERNELS_SCALAR ? "scalar" : "automatic", options.threads,
+                build, kernels.c_str(), options.threads,
                 quality);
     for (const Source& s : sources) {
         std::printf("\n%s (%dx%d)\n", s.name.c_str(), s.width, s.height);
