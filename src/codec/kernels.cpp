@@ -37,6 +37,7 @@ const Records& AllRecords() {
       Kernels& avx2 = r.level[2];
       avx2 = r.level[1];
       avx2.level = KernelLevel::kAvx2;
+      avx2.blocks = decoder::BlockKernelsAvx2();
       r.present[2] = true;
     }
 #endif

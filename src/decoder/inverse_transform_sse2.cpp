@@ -138,7 +138,12 @@ void InverseTransformBlockSse2(int16_t* block, const uint16_t* multipliers) {
   for (int i = 0; i < 8; ++i) Store(block + i * 8, r[i]);
 }
 
-const BlockKernels kBlockKernelsSse2 = {ClearBlocksSse2, InverseTransformBlockSse2};
+void InverseTransformPairSse2(int16_t* a, int16_t* b, const uint16_t* multipliers) {
+  InverseTransformBlockSse2(a, multipliers);
+  InverseTransformBlockSse2(b, multipliers);
+}
+
+const BlockKernels kBlockKernelsSse2 = {ClearBlocksSse2, InverseTransformBlockSse2, InverseTransformPairSse2};
 
 }  // namespace
 

@@ -98,12 +98,10 @@ TEST(InverseTransform, MatchesTheStatedArithmeticBitForBit) {
   EXPECT_EQ(hash, 0x7eaba30277eda2b7ull);
 }
 
-// The vector kernels against their scalar twins, on random data and on the
-// patterns where saturation and wrap-around bite; the memory around the
-// block must stay as it was.
-TEST(BlockKernels, VectorMatchesScalarAndStaysInsideTheBlock) {
-  const BlockKernels* vector = BlockKernelsSse2();
-  if (vector == nullptr) GTEST_SKIP() << "no vector kernels on this build";
+// Every level's kernels against the scalar ones, single blocks and pairs, on
+// random data and on the patterns where saturation and wrap-around bite; the
+// memory around the blocks must stay as it was.
+TEST(BlockKernels, EveryLevelMatchesScalarAndStaysInsideTheBlocks) {
   std::mt19937 rng(11);
   auto pattern = [&](int kind, int k) -> int16_t {
     switch (kind) {
@@ -115,29 +113,43 @@ TEST(BlockKernels, VectorMatchesScalarAndStaysInsideTheBlock) {
       default: return static_cast<int16_t>(rng());
     }
   };
-  for (int trial = 0; trial < 3000; ++trial) {
-    const int kind = trial % 6;
-    alignas(16) int16_t a[64 * 3], b[64 * 3];
-    for (int k = 0; k < 64 * 3; ++k) a[k] = static_cast<int16_t>(rng());
-    // Every other block keeps its levels in rows 0..3 (the transform's
-    // shortcut for empty lower rows), a few with one level below them.
-    const int rows = (trial / 6) % 2 == 0 ? 8 : 4;
-    for (int k = 0; k < 64; ++k) a[64 + k] = k < 8 * rows ? pattern(kind, k) : 0;
-    if (rows == 4 && trial % 5 == 0) a[64 + 32 + rng() % 32] = pattern(kind, 1) | 1;
-    if (trial % 7 == 0) a[65] = kNoAcMark;
-    uint16_t m[64];
-    for (int k = 0; k < 64; ++k) {
-      m[k] = trial % 3 == 0 ? static_cast<uint16_t>(rng()) : static_cast<uint16_t>(1 + rng() % 9296);
+  // Blocks 1 and 2 between guards. Half the blocks keep their levels in rows
+  // 0..3 (the shortcut for empty lower rows), a few with one level below;
+  // some have no AC.
+  auto fill = [&](int16_t* a, int trial) {
+    for (int k = 0; k < 64 * 4; ++k) a[k] = static_cast<int16_t>(rng());
+    for (int16_t* block : {a + 64, a + 128}) {
+      const int kind = static_cast<int>(rng() % 6), rows = rng() % 2 == 0 ? 8 : 4;
+      for (int k = 0; k < 64; ++k) block[k] = k < 8 * rows ? pattern(kind, k) : 0;
+      if (rows == 4 && rng() % 5 == 0) block[32 + rng() % 32] = pattern(kind, 1) | 1;
+      if (trial % 7 == 0 && rng() % 2 == 0) block[1] = kNoAcMark;
     }
-    std::memcpy(b, a, sizeof a);
-    kBlockKernelsScalar.inverseTransform(a + 64, m);
-    vector->inverseTransform(b + 64, m);
-    ASSERT_EQ(0, std::memcmp(a, b, sizeof a)) << "trial " << trial;
+  };
+  for (KernelLevel level : {KernelLevel::kSse2, KernelLevel::kAvx2}) {
+    if (KernelsAt(level) == nullptr) continue;
+    const BlockKernels& vector = *KernelsAt(level)->blocks;
+    for (int trial = 0; trial < 3000; ++trial) {
+      alignas(16) int16_t a[64 * 4], b[64 * 4], c[64 * 4];
+      fill(a, trial);
+      uint16_t m[64];
+      for (int k = 0; k < 64; ++k) {
+        m[k] = trial % 3 == 0 ? static_cast<uint16_t>(rng()) : static_cast<uint16_t>(1 + rng() % 9296);
+      }
+      std::memcpy(b, a, sizeof a);
+      std::memcpy(c, a, sizeof a);
+      kBlockKernelsScalar.inverseTransform(a + 64, m);
+      kBlockKernelsScalar.inverseTransform(a + 128, m);
+      vector.inverseTransform(b + 64, m);
+      vector.inverseTransform(b + 128, m);
+      vector.inverseTransformPair(c + 64, c + 128, m);
+      ASSERT_EQ(0, std::memcmp(a, b, sizeof a)) << "trial " << trial;
+      ASSERT_EQ(0, std::memcmp(a, c, sizeof a)) << "trial " << trial;
+    }
+    alignas(32) int16_t c[64 * 5];
+    for (int16_t& v : c) v = 77;
+    vector.clearBlocks(c + 64, 3);
+    for (int k = 0; k < 64 * 5; ++k) ASSERT_EQ(c[k], (k >= 64 && k < 256) ? 0 : 77) << k;
   }
-  alignas(16) int16_t c[64 * 5];
-  for (int16_t& v : c) v = 77;
-  vector->clearBlocks(c + 64, 3);
-  for (int k = 0; k < 64 * 5; ++k) ASSERT_EQ(c[k], (k >= 64 && k < 256) ? 0 : 77) << k;
 }
 
 }  // namespace
