@@ -62,7 +62,7 @@ void Blocks(benchmark::State& state, const Kernels* k) {
 
 // Two blocks a call, as the macroblock decoder transforms them.
 void BlockPairs(benchmark::State& state, const Kernels* k) {
-  alignas(32) int16_t blocks[2][64];
+  alignas(16) int16_t blocks[2][64];
   for (auto _ : state) {
     std::memcpy(blocks[0], g_block, sizeof blocks[0]);
     std::memcpy(blocks[1], g_block, sizeof blocks[1]);

@@ -145,7 +145,7 @@ TEST(BlockKernels, EveryLevelMatchesScalarAndStaysInsideTheBlocks) {
       ASSERT_EQ(0, std::memcmp(a, b, sizeof a)) << "trial " << trial;
       ASSERT_EQ(0, std::memcmp(a, c, sizeof a)) << "trial " << trial;
     }
-    alignas(32) int16_t c[64 * 5];
+    alignas(16) int16_t c[64 * 5];
     for (int16_t& v : c) v = 77;
     vector.clearBlocks(c + 64, 3);
     for (int k = 0; k < 64 * 5; ++k) ASSERT_EQ(c[k], (k >= 64 && k < 256) ? 0 : 77) << k;
