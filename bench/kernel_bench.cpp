@@ -62,6 +62,17 @@ void Blocks(benchmark::State& state, const Kernels* k) {
   }
 }
 
+// Two blocks a call, as the macroblock decoder transforms them.
+void BlockPairs(benchmark::State& state, const Kernels* k) {
+  alignas(16) int16_t blocks[2][64];
+  for (auto _ : state) {
+    std::memcpy(blocks[0], g_block, sizeof blocks[0]);
+    std::memcpy(blocks[1], g_block, sizeof blocks[1]);
+    k->blocks->inverseTransformPair(blocks[0], blocks[1], g_multipliers);
+    benchmark::DoNotOptimize(blocks);
+  }
+}
+
 void Stores(benchmark::State& state, const Kernels* k) {
   alignas(16) uint8_t out[64];
   for (auto _ : state) {
@@ -83,6 +94,7 @@ void RegisterKernelBenchmarks() {
     benchmark::RegisterBenchmark(("Kernels/forward" + suffix).c_str(), Forward, k);
     benchmark::RegisterBenchmark(("Kernels/loaders" + suffix).c_str(), Loaders, k);
     benchmark::RegisterBenchmark(("Kernels/blocks" + suffix).c_str(), Blocks, k);
+    benchmark::RegisterBenchmark(("Kernels/blockPairs" + suffix).c_str(), BlockPairs, k);
     benchmark::RegisterBenchmark(("Kernels/stores" + suffix).c_str(), Stores, k);
   }
 }

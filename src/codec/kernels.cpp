@@ -38,6 +38,7 @@ const Records& AllRecords() {
       avx2 = r.level[1];
       avx2.level = KernelLevel::kAvx2;
       if (const encoder::ForwardKernels* f = encoder::ForwardKernelsAvx2()) avx2.forward = f;
+      if (const decoder::BlockKernels* b = decoder::BlockKernelsAvx2()) avx2.blocks = b;
       r.present[2] = true;
     }
 #endif

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "codec/built_once.h"
 #include "codec/global_tables.h"
 
 namespace vantaro::decoder {
@@ -9,36 +10,96 @@ namespace {
 
 constexpr uint32_t kHalfBytes = 128;
 
-// No window here: 25 good bits from any position, enough for one run code
-// and one value code (20 bits at most).
-uint32_t Fetch(const StreamView& stream, uint64_t p) {
-  return stream.Load32(p >> 3) >> (p & 7);
+// The walked table, one entry per 12-bit index, derived from the run and
+// value code tables: up to two whole (run, value) pairs, or an end marker
+// after the first. Bits 0..7: the bits the entry consumes; 8..15: flags;
+// 16..23, 24..31: the first pair's run and value; 32..39, 40..47: the
+// second's. A pair that does not fit in the index (a long run code with a
+// long value code) is read through the code tables instead.
+constexpr uint64_t kAlphaEnd = 0x100;      // the index opens with the end marker
+constexpr uint64_t kAlphaSlow = 0x200;     // the first pair is longer than the index
+constexpr uint64_t kAlphaSecond = 0x400;   // a second pair follows the first
+constexpr uint64_t kAlphaThenEnd = 0x800;  // the end marker follows the first pair
+
+struct AlphaPairTable {
+  uint64_t entry[4096];
+};
+
+struct Pair {
+  uint32_t length, run, value;
+  bool end;
+};
+
+// The pair (or end marker) at the start of `bits`, as the code tables read it.
+Pair ReadPair(const GlobalTables& g, uint32_t bits) {
+  const uint16_t r = g.alphaRunDecode[bits & 0x3FF];
+  const uint32_t runLength = r >> 8;
+  if (static_cast<int8_t>(r & 0xFF) < 0) return {runLength, 0, 0, true};
+  const uint16_t v = g.alphaValueDecode[(bits >> runLength) & 0x3FF];
+  return {runLength + (v >> 8), r & 0xFFu, v & 0xFFu, false};
+}
+
+void Build(AlphaPairTable& t) {
+  const GlobalTables& g = Tables();
+  for (uint32_t i = 0; i < 4096; ++i) {
+    // Codes form prefix trees, so the index's zero fill above the bits left
+    // cannot change a code that fits in them.
+    const Pair first = ReadPair(g, i);
+    if (first.end) {
+      t.entry[i] = kAlphaEnd | first.length;
+      continue;
+    }
+    if (first.length > 12) {
+      t.entry[i] = kAlphaSlow;
+      continue;
+    }
+    uint64_t e = first.length | (uint64_t{first.run} << 16) | (uint64_t{first.value} << 24);
+    const Pair second = ReadPair(g, i >> first.length);
+    if (second.length <= 12 - first.length) {
+      e += second.length;
+      e |= second.end ? kAlphaThenEnd : kAlphaSecond | (uint64_t{second.run} << 32) | (uint64_t{second.value} << 40);
+    }
+    t.entry[i] = e;
+  }
+}
+
+// Puts `value` `run` bytes after `dest`; false when it would leave the half.
+VANTARO_FORCE_INLINE bool Put(uint8_t* half, uint32_t& dest, uint32_t run, uint32_t value) {
+  dest += run;
+  if (dest >= kHalfBytes) return false;
+  half[dest++] = static_cast<uint8_t>(value);
+  return true;
 }
 
 // Reads one half's differences into `half`. A half that opens with the end
 // code has no differences: every line repeats the predictor.
-bool ReadHalf(uint8_t* half, const uint8_t* pred, const StreamView& stream, uint64_t& p) {
-  const GlobalTables& tables = Tables();
-  uint32_t w = Fetch(stream, p);
-  uint16_t e = tables.alphaRunDecode[w & 0x3FF];
-  p += e >> 8;
-  if (static_cast<int8_t>(e & 0xFF) < 0) {
+bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, const uint8_t* pred,
+              BitWindow& win) {
+  win.Refill();
+  uint64_t e = t.entry[win.Bits() & 0xFFF];
+  if (e & kAlphaEnd) {
+    win.Consume(static_cast<uint32_t>(e & 0xFF));
     for (int line = 0; line < 8; ++line) std::memcpy(half + 16 * line, pred, 16);
     return true;
   }
   std::memset(half, 0, kHalfBytes);
   uint32_t dest = 0;
-  do {
-    const uint32_t len = e >> 8;
-    dest += e & 0xFF;
-    if (dest >= kHalfBytes) return false;
-    const uint16_t v = tables.alphaValueDecode[(w >> len) & 0x3FF];
-    half[dest++] = static_cast<uint8_t>(v & 0xFF);
-    p += v >> 8;
-    w = Fetch(stream, p);
-    e = tables.alphaRunDecode[w & 0x3FF];
-    p += e >> 8;
-  } while (static_cast<int8_t>(e & 0xFF) >= 0);
+  for (;;) {
+    if (e & kAlphaSlow) [[unlikely]] {
+      // The window holds 24 good bits; a pair is 20 at most.
+      const Pair p = ReadPair(g, static_cast<uint32_t>(win.Bits()));
+      win.Consume(p.length);
+      if (!Put(half, dest, p.run, p.value)) return false;
+    } else {
+      win.Consume(static_cast<uint32_t>(e & 0xFF));
+      if (e & kAlphaEnd) break;
+      if (!Put(half, dest, (e >> 16) & 0xFF, (e >> 24) & 0xFF)) return false;
+      if ((e & kAlphaSecond) && !Put(half, dest, (e >> 32) & 0xFF, (e >> 40) & 0xFF)) return false;
+      if (e & kAlphaThenEnd) break;
+    }
+    win.Refill();
+    e = t.entry[win.Bits() & 0xFFF];
+  }
   // Undo the differencing, line after line: previous minus current. Through
   // a local line, so that the byte loop need not fear overlap and vectorises.
   uint8_t above[16];
@@ -55,12 +116,14 @@ bool ReadHalf(uint8_t* half, const uint8_t* pred, const StreamView& stream, uint
 }  // namespace
 
 bool ReadAlphaPlane(MacroblockScratch& scratch, const StreamView& stream, uint64_t& bitPos) {
+  const AlphaPairTable& t = BuiltOnce<AlphaPairTable, Build>();
+  const GlobalTables& g = Tables();
   uint8_t* plane = scratch.Alpha();
-  uint64_t p = bitPos;
-  if (!ReadHalf(plane, scratch.alphaRowPredictor, stream, p)) return false;
-  if (!ReadHalf(plane + kHalfBytes, plane + kHalfBytes - 16, stream, p)) return false;
+  BitWindow win(stream, bitPos);
+  if (!ReadHalf(t, g, plane, scratch.alphaRowPredictor, win)) return false;
+  if (!ReadHalf(t, g, plane + kHalfBytes, plane + kHalfBytes - 16, win)) return false;
   std::memcpy(scratch.alphaRowPredictor, plane + 240, 16);
-  bitPos = p;
+  bitPos = win.Position();
   return true;
 }
 

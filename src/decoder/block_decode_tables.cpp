@@ -129,9 +129,9 @@ void BuildAc(BlockDecodeTables& t) {
     if (first.end) {
       e |= kAcPairEnd;
     } else if (first.unfinished) {
-      e |= first.length == 24 ? kAcPairEscape | (uint64_t{first.step} << 16) : kAcPairLong;
+      e |= first.length == 24 ? kAcPairEscape | (uint64_t{first.step} << 8) : kAcPairLong;
     } else {
-      e |= (uint64_t{first.step} << 16) | (uint64_t{static_cast<uint16_t>(first.level)} << 32);
+      e |= (uint64_t{first.step} << 8) | (uint64_t{static_cast<uint16_t>(first.level)} << 32);
       const Single second = single(i >> first.length);
       if (second.length <= 12 - first.length) {
         if (second.end) {

@@ -23,16 +23,16 @@ constexpr int16_t kNoAcMark = 0x4000;    // at raster index 1: the block had no 
 // The AC table the block decoder walks, one 64-bit entry per 12-bit index.
 // When the index holds a whole short code and, after it, another whole short
 // code or the end of block, the entry gives both, so common pairs cost one
-// load. Bits 0..7: the bits the entry consumes; 8..15: flags; 16..23: the
-// first code's scan step (run + 1; the escape's own run from its index);
-// 24..31: the second's (0: none); 32..47 and 48..63: their levels. A long
-// code or the escape stands alone and takes its run or level from further
-// bits, the flags say which.
+// load. Bits 0..7: the bits the entry consumes; 8..15: the first code's scan
+// step (run + 1; the escape's own run from its index), one byte move away;
+// 16..23: flags; 24..31: the second code's step (0: none); 32..47 and
+// 48..63: their levels. A long code or the escape stands alone and takes its
+// run or level from further bits, the flags say which.
 constexpr uint64_t kAcPairLength = 0xFF;
-constexpr uint64_t kAcPairEnd = 0x100;      // the index opens with end of block
-constexpr uint64_t kAcPairLong = 0x200;     // seven leading zeros: second-level table
-constexpr uint64_t kAcPairEscape = 0x400;   // the escape: level in bits 12..23
-constexpr uint64_t kAcPairThenEnd = 0x800;  // end of block follows the first code
+constexpr uint64_t kAcPairEnd = 0x10000;      // the index opens with end of block
+constexpr uint64_t kAcPairLong = 0x20000;     // seven leading zeros: second-level table
+constexpr uint64_t kAcPairEscape = 0x40000;   // the escape: level in bits 12..23
+constexpr uint64_t kAcPairThenEnd = 0x80000;  // end of block follows the first code
 constexpr uint64_t kAcPairSlow = kAcPairEnd | kAcPairLong | kAcPairEscape;
 
 struct BlockDecodeTables {

@@ -94,35 +94,36 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
   // it by its run + 1.
   uint32_t scanPos = 0;
   for (;;) {
-    win.Consume(static_cast<uint32_t>(e & kAcPairLength));
-    if (e & kAcPairSlow) {
+    if (e & kAcPairSlow) [[unlikely]] {
+      const uint32_t bits = static_cast<uint32_t>(win.Bits());
+      win.Consume(static_cast<uint32_t>(e & kAcPairLength));
       if (e & kAcPairEnd) return true;
       uint32_t step;
       int32_t level;
       if (e & kAcPairLong) {
-        const uint32_t k = (w >> 7) & 0xFFF;
+        const uint32_t k = (bits >> 7) & 0xFFF;
         step = t.acLongRun[k] + 1u;
         level = t.acLongLevel[k];
       } else {
-        step = static_cast<uint32_t>(e >> 16) & 0xFF;
-        level = t.escapeLevel[(w >> 12) & 0xFFF];
+        step = static_cast<uint32_t>(e >> 8) & 0xFF;
+        level = t.escapeLevel[(bits >> 12) & 0xFFF];
       }
       scanPos += step;
       if (scanPos > 63) return false;
       block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
     } else {
+      win.Consume(static_cast<uint32_t>(e & kAcPairLength));
       // Second code first: without one its step is 0 and the first's level
       // lands on the same place after it.
-      const uint32_t first = scanPos + (static_cast<uint32_t>(e >> 16) & 0xFF);
-      scanPos = first + (static_cast<uint32_t>(e >> 24) & 0xFF);
+      const uint32_t first = scanPos + (static_cast<uint32_t>(e >> 8) & 0xFF);
+      scanPos = first + (static_cast<uint32_t>(e) >> 24);
       if (scanPos > 63) return false;
       block[t.scanOrder[scanPos]] = static_cast<int16_t>(e >> 48);
       block[t.scanOrder[first]] = static_cast<int16_t>(e >> 32);
       if (e & kAcPairThenEnd) return true;
     }
     win.Refill();
-    w = static_cast<uint32_t>(win.Bits());
-    e = t.acPair[w & 0xFFF];
+    e = t.acPair[win.Bits() & 0xFFF];
   }
 }
 

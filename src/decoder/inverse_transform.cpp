@@ -84,6 +84,14 @@ void InverseTransformBlockScalar(int16_t* block, const uint16_t* multipliers) {
   for (int c = 0; c < 8; ++c) ColumnPass(block, c);
 }
 
-const BlockKernels kBlockKernelsScalar = {ClearBlocksScalar, InverseTransformBlockScalar};
+namespace {
+void InverseTransformPairScalar(int16_t* a, int16_t* b, const uint16_t* multipliers) {
+  InverseTransformBlockScalar(a, multipliers);
+  InverseTransformBlockScalar(b, multipliers);
+}
+}  // namespace
+
+const BlockKernels kBlockKernelsScalar = {ClearBlocksScalar, InverseTransformBlockScalar,
+                                          InverseTransformPairScalar};
 
 }  // namespace vantaro::decoder

@@ -44,12 +44,16 @@ struct BlockKernels {
   void (*clearBlocks)(int16_t* blocks, int32_t count);
   // `block` 16-byte aligned; `multipliers` the instance's 64 multipliers.
   void (*inverseTransform)(int16_t* block, const uint16_t* multipliers);
+  // Both blocks, as two calls of inverseTransform would leave them; a wide
+  // level transforms them side by side.
+  void (*inverseTransformPair)(int16_t* a, int16_t* b, const uint16_t* multipliers);
 };
 
 void ClearBlocksScalar(int16_t* blocks, int32_t count);
 void InverseTransformBlockScalar(int16_t* block, const uint16_t* multipliers);
 extern const BlockKernels kBlockKernelsScalar;
-// Null on builds without SSE2.
+// Null on builds without SSE2, or AVX2.
 const BlockKernels* BlockKernelsSse2();
+const BlockKernels* BlockKernelsAvx2();
 
 }  // namespace vantaro::decoder

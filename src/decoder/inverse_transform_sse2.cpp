@@ -74,6 +74,44 @@ void ColumnPass(__m128i (&r)[8]) {
   r[7] = _mm_srai_epi16(_mm_subs_epi16(e0, h), 6);
 }
 
+// The column pass when rows 4..7 are zero: every +s, -s and mulhi with a
+// zero operand dropped, which leaves each value exactly as it was.
+void ColumnPassUpperHalf(__m128i (&r)[8]) {
+  const __m128i tan1 = _mm_set1_epi16(transform::kTan1);
+  const __m128i tan2 = _mm_set1_epi16(transform::kTan2);
+  const __m128i tan3 = _mm_set1_epi16(transform::kTan3);
+  const __m128i cos4 = _mm_set1_epi16(transform::kCos4);
+  const __m128i t = _mm_mulhi_epi16(tan2, r[2]);
+  const __m128i e1 = _mm_adds_epi16(r[0], t);
+  const __m128i e2 = _mm_subs_epi16(r[0], t);
+  const __m128i e0 = _mm_adds_epi16(r[0], r[2]);
+  const __m128i e3 = _mm_subs_epi16(r[0], r[2]);
+  const __m128i p = _mm_mulhi_epi16(tan1, r[1]);
+  const __m128i q = r[1];
+  const __m128i m = r[3];
+  const __m128i n = _mm_adds_epi16(_mm_mulhi_epi16(tan3, r[3]), r[3]);
+  const __m128i f = _mm_subs_epi16(p, n);
+  const __m128i g = _mm_adds_epi16(p, n);
+  const __m128i h = _mm_adds_epi16(q, m);
+  const __m128i k = _mm_subs_epi16(q, m);
+  __m128i oddA = _mm_mulhi_epi16(_mm_subs_epi16(k, g), cos4);
+  oddA = _mm_adds_epi16(oddA, oddA);
+  __m128i oddB = _mm_mulhi_epi16(_mm_adds_epi16(k, g), cos4);
+  oddB = _mm_adds_epi16(oddB, oddB);
+  r[0] = _mm_srai_epi16(_mm_adds_epi16(e0, h), 6);
+  r[1] = _mm_srai_epi16(_mm_adds_epi16(e1, oddB), 6);
+  r[2] = _mm_srai_epi16(_mm_adds_epi16(e2, oddA), 6);
+  r[3] = _mm_srai_epi16(_mm_adds_epi16(e3, f), 6);
+  r[4] = _mm_srai_epi16(_mm_subs_epi16(e3, f), 6);
+  r[5] = _mm_srai_epi16(_mm_subs_epi16(e2, oddA), 6);
+  r[6] = _mm_srai_epi16(_mm_subs_epi16(e1, oddB), 6);
+  r[7] = _mm_srai_epi16(_mm_subs_epi16(e0, h), 6);
+}
+
+__m128i Dequantise(const int16_t* block, const uint16_t* multipliers, int i) {
+  return _mm_srai_epi16(_mm_mullo_epi16(Load(block + i * 8), Load(multipliers + i * 8)), 4);
+}
+
 void InverseTransformBlockSse2(int16_t* block, const uint16_t* multipliers) {
   if (block[1] == kNoAcMark) {
     const int16_t s = static_cast<int16_t>(static_cast<int16_t>(block[0] + kDcOnlyBias) >> 3);
@@ -82,16 +120,30 @@ void InverseTransformBlockSse2(int16_t* block, const uint16_t* multipliers) {
     return;
   }
   __m128i r[8];
-  for (int i = 0; i < 8; ++i) {
-    r[i] = _mm_srai_epi16(_mm_mullo_epi16(Load(block + i * 8), Load(multipliers + i * 8)), 4);
-  }
+  for (int i = 0; i < 4; ++i) r[i] = Dequantise(block, multipliers, i);
   r[0] = _mm_add_epi16(r[0], _mm_setr_epi16(1024, 0, 0, 0, 0, 0, 0, 0));
-  for (int i = 0; i < 8; ++i) r[i] = RowPass(r[i], kRowTables[transform::kRowSet[i]], kRowRounding[i]);
-  ColumnPass(r);
+  for (int i = 0; i < 4; ++i) r[i] = RowPass(r[i], kRowTables[transform::kRowSet[i]], kRowRounding[i]);
+  // Levels are mostly in the upper rows. A zero row 4..7 leaves its row pass
+  // at its rounding >> 11, which is 0 for each of them.
+  const __m128i upper = _mm_or_si128(_mm_or_si128(Load(block + 32), Load(block + 40)),
+                                     _mm_or_si128(Load(block + 48), Load(block + 56)));
+  if (_mm_movemask_epi8(_mm_cmpeq_epi8(upper, _mm_setzero_si128())) == 0xFFFF) {
+    ColumnPassUpperHalf(r);
+  } else {
+    for (int i = 4; i < 8; ++i) {
+      r[i] = RowPass(Dequantise(block, multipliers, i), kRowTables[transform::kRowSet[i]], kRowRounding[i]);
+    }
+    ColumnPass(r);
+  }
   for (int i = 0; i < 8; ++i) Store(block + i * 8, r[i]);
 }
 
-const BlockKernels kBlockKernelsSse2 = {ClearBlocksSse2, InverseTransformBlockSse2};
+void InverseTransformPairSse2(int16_t* a, int16_t* b, const uint16_t* multipliers) {
+  InverseTransformBlockSse2(a, multipliers);
+  InverseTransformBlockSse2(b, multipliers);
+}
+
+const BlockKernels kBlockKernelsSse2 = {ClearBlocksSse2, InverseTransformBlockSse2, InverseTransformPairSse2};
 
 }  // namespace
 

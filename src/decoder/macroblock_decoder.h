@@ -67,8 +67,10 @@ bool DecodeMacroblock(const MacroblockContext& ctx, MacroblockScratch& s, uint64
     if (!ReadAlphaPlane(s, ctx.stream, bitPos)) return false;
   }
   ReconstructDc(s.blocks, s.dcPredictor, Shape::kOrder, Shape::kCount);
-  for (size_t i = 0; i < Shape::kCount; ++i) {
-    ctx.kernels.inverseTransform(s.blocks[Shape::kOrder[i].block], ctx.multipliers);
+  static_assert(Shape::kCount % 2 == 0, "blocks are transformed in pairs");
+  for (size_t i = 0; i < Shape::kCount; i += 2) {
+    ctx.kernels.inverseTransformPair(s.blocks[Shape::kOrder[i].block], s.blocks[Shape::kOrder[i + 1].block],
+                                     ctx.multipliers);
   }
   return true;
 }

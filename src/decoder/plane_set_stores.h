@@ -112,9 +112,68 @@ struct PlaneSetStore : LayoutTraits<Id> {
     }
   }
 
+  // The layout's own family, and whether the stream's family `F` reaches it
+  // with whole lines (same family, or 4:2:0 lines repeated for 4:2:2).
+  static constexpr Family kFamily = kHalfHeightChroma ? Family::k420
+                                    : kChromaSamples == 16 ? Family::k444
+                                                           : Family::k422;
+  template <Family F>
+  static constexpr bool kWholeLines = F == kFamily || (F == Family::k420 && kFamily == Family::k422);
+
+  // How many of `count` field lines from field line `first` lie inside a
+  // plane `height` frame lines high.
+  static int32_t LinesInside(const Field& f, int32_t first, int32_t count, int32_t height) {
+    const int32_t inside = (height - f.field + 1) / 2 - first;
+    return inside < 0 ? 0 : inside < count ? inside : count;
+  }
+
+  // A macroblock whose 16 columns all lie inside the picture, for a stream
+  // family that needs no averaging: whole lines through the strip kernels.
+  template <Family F, AlphaCoding A>
+  static void StoreWhole(const StoreKernels& k, const MacroblockScratch& s, const Cursor& c,
+                         int32_t lines) {
+    const Field& f = *c.field;
+    const int32_t x = 16 * c.column;
+    const int32_t xc = x >> kChromaShiftX;
+    const int32_t first = 16 * c.row;
+    const int32_t n = LinesInside(f, first, lines, f.height);
+    const auto at = [&f, first](int plane, int32_t column) {
+      return f.Line(plane, 2 * first + f.field) + column;
+    };
+    k.packStrip(s.blocks[0], s.blocks[2], at(0, x), 2 * f.strides[0], n);
+    if constexpr (kHasAlpha && A == AlphaCoding::kDct) {
+      k.packStrip(s.blocks[12], s.blocks[14], at(3, x), 2 * f.strides[3], n);
+    } else if constexpr (kHasAlpha) {
+      for (int32_t r = 0; r < n; ++r) AlphaOf<A>::Bytes(k, s, r, at(3, x) + 2 * r * f.strides[3]);
+    }
+    if constexpr (kFamily == Family::k444) {
+      k.packStrip(s.blocks[4], s.blocks[8], at(1, xc), 2 * f.strides[1], n);
+      k.packStrip(s.blocks[6], s.blocks[10], at(2, xc), 2 * f.strides[2], n);
+    } else if constexpr (kFamily == Family::k422) {
+      k.packChromaStrip(s.blocks[4], s.blocks[6], F == Family::k420 ? 1 : 0, at(1, xc), 2 * f.strides[1],
+                        at(2, xc), 2 * f.strides[2], n);
+    } else {
+      const int32_t m = LinesInside(f, 8 * c.row, (lines + 1) / 2, f.chromaHeight);
+      uint8_t* u = f.Line(1, 2 * 8 * c.row + f.field) + xc;
+      uint8_t* v = f.Line(2, 2 * 8 * c.row + f.field) + xc;
+      k.packChromaStrip(s.blocks[4], s.blocks[6], 0, u, 2 * f.strides[1], v, 2 * f.strides[2], m);
+    }
+  }
+
   template <Family F, AlphaCoding A>
   static void Store(const StoreKernels& k, const MacroblockScratch& s, const Cursor& c,
                     int32_t lines) {
+    if constexpr (kWholeLines<F>) {
+      if (16 * c.column + 16 <= c.field->width) return StoreWhole<F, A>(k, s, c, lines);
+    }
+    StoreLines<F, A>(k, s, c, lines);
+  }
+
+  // Any macroblock, line by line, cropped to the picture; the reference the
+  // whole-line path must match.
+  template <Family F, AlphaCoding A>
+  static void StoreLines(const StoreKernels& k, const MacroblockScratch& s, const Cursor& c,
+                         int32_t lines) {
     const Field& f = *c.field;
     const int32_t x = 16 * c.column;
     const int32_t xc = x >> kChromaShiftX;

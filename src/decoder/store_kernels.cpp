@@ -57,10 +57,27 @@ void Packed422Scalar(const int16_t* yLeft, const int16_t* yRight, const int16_t*
   }
 }
 
+void PackStripScalar(const int16_t* left, const int16_t* right, uint8_t* out, int64_t stride,
+                     int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) PackLineScalar(left + 8 * r, right + 8 * r, out + r * stride);
+}
+
+void PackChromaStripScalar(const int16_t* u, const int16_t* v, int32_t chromaShift, uint8_t* outU,
+                           int64_t strideU, uint8_t* outV, int64_t strideV, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    const int32_t c = 8 * (r >> chromaShift);
+    for (int j = 0; j < 8; ++j) {
+      outU[r * strideU + j] = Pack(u[c + j]);
+      outV[r * strideV + j] = Pack(v[c + j]);
+    }
+  }
+}
+
 }  // namespace
 
 const StoreKernels kStoreKernelsScalar = {PackLineScalar,   RawPairsScalar,
                                           EvenPairsScalar,  AverageScalar,
-                                          InterleaveScalar, {Packed422Scalar<false>, Packed422Scalar<true>}};
+                                          InterleaveScalar, {Packed422Scalar<false>, Packed422Scalar<true>},
+                                          PackStripScalar,  PackChromaStripScalar};
 
 }  // namespace vantaro::decoder

@@ -28,6 +28,14 @@ struct StoreKernels {
   // packed422[0], U Y V Y for packed422[1]; the line primitives composed.
   void (*packed422[2])(const int16_t* yLeft, const int16_t* yRight, const int16_t* u, const int16_t* v,
                        int32_t chromaShift, uint8_t* out, int64_t stride, int32_t lines);
+  // `lines` lines of 16 packed samples into one plane, line r from left + 8r
+  // and right + 8r (two block strips) to out + r * stride.
+  void (*packStrip)(const int16_t* left, const int16_t* right, uint8_t* out, int64_t stride,
+                    int32_t lines);
+  // `lines` lines of 8 packed U and 8 packed V samples into their planes,
+  // line r from u + 8 (r >> chromaShift) and v likewise.
+  void (*packChromaStrip)(const int16_t* u, const int16_t* v, int32_t chromaShift, uint8_t* outU,
+                          int64_t strideU, uint8_t* outV, int64_t strideV, int32_t lines);
 };
 
 extern const StoreKernels kStoreKernelsScalar;

@@ -52,9 +52,27 @@ void Packed422Sse2(const int16_t* yLeft, const int16_t* yRight, const int16_t* u
   }
 }
 
+void PackStripSse2(const int16_t* left, const int16_t* right, uint8_t* out, int64_t stride, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    Store(out + r * stride, _mm_packus_epi16(Load(left + 8 * r), Load(right + 8 * r)));
+  }
+}
+
+// U and V packed together, then split: the low half to U, the high to V.
+void PackChromaStripSse2(const int16_t* u, const int16_t* v, int32_t chromaShift, uint8_t* outU,
+                         int64_t strideU, uint8_t* outV, int64_t strideV, int32_t lines) {
+  for (int32_t r = 0; r < lines; ++r) {
+    const int32_t c = 8 * (r >> chromaShift);
+    const __m128i both = _mm_packus_epi16(Load(u + c), Load(v + c));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(outU + r * strideU), both);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(outV + r * strideV), _mm_srli_si128(both, 8));
+  }
+}
+
 const StoreKernels kStoreKernelsSse2 = {PackLineSse2,   RawPairsSse2,
                                         EvenPairsSse2,  AverageSse2,
-                                        InterleaveSse2, {Packed422Sse2<false>, Packed422Sse2<true>}};
+                                        InterleaveSse2, {Packed422Sse2<false>, Packed422Sse2<true>},
+                                        PackStripSse2,  PackChromaStripSse2};
 
 }  // namespace
 

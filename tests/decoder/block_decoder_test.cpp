@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <random>
 
 #include "codec/code_rows.h"
+#include "decoder/alpha_decoder.h"
 #include "stream_writer.h"
 
 namespace vantaro::decoder {
@@ -13,130 +15,129 @@ namespace {
 
 using test::StreamWriter;
 
-struct Decoded {
-  bool ok;
-  uint64_t bits;
-  int16_t block[64];
+using AcCodes = std::vector<std::pair<int32_t, int32_t>>;  // (run, level)
+struct Coded {
+  bool luma;
+  int32_t dc;
+  AcCodes ac;
 };
 
-Decoded DecodeOne(const std::vector<uint8_t>& bytes, bool luma, uint64_t start = 0) {
-  const BlockDecodeTables& t = BlockDecodeTablesInstance();
-  Decoded d{};
-  BitWindow win(StreamView{bytes.data(), bytes.size()}, start);
-  d.ok = DecodeBlock(t, luma ? t.dcLuma : t.dcChroma, win, d.block);
-  d.bits = win.Position() - start;
-  return d;
-}
-
-TEST(BlockDecoder, EveryRunAndLevelReadsBack) {
-  // One block per (run, level), all in one stream: the decode tables must give
-  // back every code of the writer's table with its length: the longest code
-  // the first level finishes (run 16 level 1), the 17-bit ones the second
-  // level does (run 1 level 18) and escapes up to run 62, landing on 63.
+// Writes `blocks` into one stream and reads them back: every coefficient in
+// place, the mark where a block has no AC code, and every bit consumed.
+void ExpectReadsBack(const std::vector<Coded>& blocks) {
   StreamWriter w(1 << 22);
-  for (int32_t run = 0; run < 63; ++run) {
-    for (int32_t level = -2048; level < 2048; level += (run < 32 ? 1 : 97)) {
-      if (level != 0) w.Block(0, true, {{run, level}});
-    }
-  }
+  for (const Coded& b : blocks) w.Block(b.dc, b.luma, b.ac);
   const std::vector<uint8_t> bytes = w.Bytes();
   const BlockDecodeTables& t = BlockDecodeTablesInstance();
   BitWindow win(StreamView{bytes.data(), bytes.size()}, 0);
-  for (int32_t run = 0; run < 63; ++run) {
-    for (int32_t level = -2048; level < 2048; level += (run < 32 ? 1 : 97)) {
-      if (level == 0) continue;
-      alignas(16) int16_t block[64] = {};
-      ASSERT_TRUE(DecodeBlock(t, t.dcLuma, win, block));
-      ASSERT_EQ(block[ZigzagScan[1 + run]], level) << "run " << run;
-      for (int k = 1; k < 64; ++k) {
-        if (k == ZigzagScan[1 + run]) continue;
-        ASSERT_EQ(block[k], 0) << "run " << run << " level " << level;
-      }
-    }
+  for (size_t n = 0; n < blocks.size(); ++n) {
+    alignas(16) int16_t block[64] = {};
+    ASSERT_TRUE(DecodeBlock(t, blocks[n].luma ? t.dcLuma : t.dcChroma, win, block)) << n;
+    int16_t expected[64] = {static_cast<int16_t>(blocks[n].dc)};
+    int32_t position = 0;
+    for (const auto& [run, level] : blocks[n].ac) expected[ZigzagScan[position += run + 1]] = static_cast<int16_t>(level);
+    if (blocks[n].ac.empty()) expected[1] = kNoAcMark;
+    ASSERT_EQ(0, std::memcmp(block, expected, sizeof block)) << "block " << n;
   }
   EXPECT_EQ(win.Position(), w.BitPos());
 }
 
-TEST(BlockDecoder, EveryDcDifferenceReadsBack) {
+// Every DC difference of both tables, and every (run, level): the longest
+// code the first level finishes (run 16 level 1), the 17-bit ones the second
+// level does (run 1 level 18) and escapes up to run 62, landing on 63.
+TEST(BlockDecoder, EveryCodeReadsBack) {
+  std::vector<Coded> blocks;
   for (bool luma : {true, false}) {
-    StreamWriter w(1 << 16);
-    for (int32_t diff = -2047; diff <= 2047; ++diff) w.Block(diff, luma);
-    const std::vector<uint8_t> bytes = w.Bytes();
-    const BlockDecodeTables& t = BlockDecodeTablesInstance();
-    BitWindow win(StreamView{bytes.data(), bytes.size()}, 0);
-    for (int32_t diff = -2047; diff <= 2047; ++diff) {
-      alignas(16) int16_t block[64] = {};
-      ASSERT_TRUE(DecodeBlock(t, luma ? t.dcLuma : t.dcChroma, win, block));
-      ASSERT_EQ(block[0], diff) << (luma ? "luma" : "chroma");
-      ASSERT_EQ(block[1], kNoAcMark);
-      for (int k = 2; k < 64; ++k) ASSERT_EQ(block[k], 0);
-    }
-    EXPECT_EQ(win.Position(), w.BitPos());
+    for (int32_t diff = -2047; diff <= 2047; ++diff) blocks.push_back({luma, diff, {}});
   }
-}
-
-// Zeros written by codes: twelve zero bits (no code of the format) cost 17
-// bits and advance the scan by one; an escape of level 0 leaves the block
-// unmarked, so the transform takes the full path.
-TEST(BlockDecoder, ZeroLevelsFromCodes) {
-  Decoded d =
-      DecodeOne(StreamWriter().Bits("100").Bits("00000000000000000").Ac(0, 5).Eob().Bytes(), true);
-  ASSERT_TRUE(d.ok);
-  EXPECT_EQ(d.block[ZigzagScan[1]], 0);
-  EXPECT_EQ(d.block[ZigzagScan[2]], 5);
-  EXPECT_EQ(d.bits, 3u + 17 + 6 + 4);
-
-  d = DecodeOne(StreamWriter().Dc(0, true).Ac(0, 0).Eob().Bytes(), true);
-  EXPECT_EQ(d.block[1], 0);
-  EXPECT_EQ(d.bits, 3u + 24 + 4);
-}
-
-TEST(BlockDecoder, RunPastTheBlockIsAFault) {
-  EXPECT_FALSE(DecodeOne(StreamWriter().Block(0, true, {{40, 1}, {40, 1}}).Bytes(), true).ok);
-  // Position 63 is the last one a run may reach.
-  EXPECT_TRUE(DecodeOne(StreamWriter().Block(0, true, {{31, 1}, {30, 1}}).Bytes(), true).ok);
-  // Twelve zeros past position 63 fault too, rather than writing on.
-  StreamWriter w;
-  w.Dc(0, true).Ac(62, 1);
-  w.Bits("00000000000000000").Eob();
-  EXPECT_FALSE(DecodeOne(w.Bytes(), true).ok);
+  for (int32_t run = 0; run < 63; ++run) {
+    for (int32_t level = -2048; level < 2048; level += (run < 32 ? 1 : 97)) {
+      if (level != 0) blocks.push_back({true, 0, {{run, level}}});
+    }
+  }
+  ExpectReadsBack(blocks);
 }
 
 // Runs of short codes, where one lookup reads two codes or a code and the
 // end of block, mixed with long codes and escapes at every bit offset.
 TEST(BlockDecoder, RandomBlocksOfShortAndLongCodesReadBack) {
   std::mt19937 rng(21);
-  StreamWriter w(1 << 20);
-  std::vector<std::vector<std::pair<int32_t, int32_t>>> blocks(3000);
-  for (auto& ac : blocks) {
-    int32_t position = 0;
-    while (true) {
+  std::vector<Coded> blocks(3000);
+  for (Coded& b : blocks) {
+    b = {rng() % 2 == 0, static_cast<int32_t>(rng() % 21) - 10, {}};
+    for (int32_t position = 0;;) {
       const bool shortCode = rng() % 8 != 0;
       const int32_t run = static_cast<int32_t>(shortCode ? rng() % 3 : rng() % 20);
-      int32_t level = static_cast<int32_t>(shortCode ? 1 + rng() % 3 : 1 + rng() % 300);
-      if (rng() & 1) level = -level;
+      const int32_t level = static_cast<int32_t>(shortCode ? 1 + rng() % 3 : 1 + rng() % 300) * (rng() & 1 ? -1 : 1);
       if (position + run + 1 > 63 || rng() % 24 == 0) break;
-      ac.emplace_back(run, level);
+      b.ac.emplace_back(run, level);
       position += run + 1;
     }
-    w.Block(static_cast<int32_t>(rng() % 21) - 10, true, ac);
+  }
+  ExpectReadsBack(blocks);
+}
+
+// Streams that read unusually. Twelve zero bits (no code of the format) cost
+// 17 bits and advance the scan by one; an escape of level 0 leaves the block
+// unmarked, so the transform takes the full path; position 63 is the last a
+// run may reach, and neither a run nor twelve zeros may pass it.
+TEST(BlockDecoder, OddStreams) {
+  const struct {
+    std::vector<uint8_t> bytes;
+    bool ok;
+    uint64_t bits;
+    int32_t position, level;  // a scan position and the level it must hold
+  } cases[] = {
+      {StreamWriter().Bits("100").Bits("00000000000000000").Ac(0, 5).Eob().Bytes(), true, 3 + 17 + 6 + 4, 2, 5},
+      {StreamWriter().Bits("100").Bits("00000000000000000").Ac(0, 5).Eob().Bytes(), true, 3 + 17 + 6 + 4, 1, 0},
+      {StreamWriter().Dc(0, true).Ac(0, 0).Eob().Bytes(), true, 3 + 24 + 4, 1, 0},
+      {StreamWriter().Block(0, true, {{31, 1}, {30, 1}}).Bytes(), true, 0, 63, 1},
+      {StreamWriter().Block(0, true, {{40, 1}, {40, 1}}).Bytes(), false, 0, 0, 0},
+      {StreamWriter().Dc(0, true).Ac(62, 1).Bits("00000000000000000").Eob().Bytes(), false, 0, 0, 0},
+  };
+  const BlockDecodeTables& t = BlockDecodeTablesInstance();
+  for (const auto& c : cases) {
+    alignas(16) int16_t block[64] = {};
+    BitWindow win(StreamView{c.bytes.data(), c.bytes.size()}, 0);
+    ASSERT_EQ(DecodeBlock(t, t.dcLuma, win, block), c.ok);
+    if (!c.ok) continue;
+    EXPECT_EQ(block[ZigzagScan[c.position]], c.level);
+    EXPECT_TRUE(c.bits == 0 || win.Position() == c.bits);
+  }
+}
+
+// Run/value alpha planes of random pairs, every value and short and long
+// runs, so that one lookup reads one pair, two, or a pair and the end, at
+// every bit offset: each difference where its runs put it, every bit read.
+TEST(AlphaReader, RandomPairsReadBack) {
+  std::mt19937 rng(9);
+  StreamWriter w(1 << 20);
+  std::vector<std::array<uint8_t, 256>> differences(500);
+  for (auto& plane : differences) {
+    plane.fill(0);
+    for (int half = 0; half < 2; ++half) {
+      for (uint32_t dest = 0;;) {
+        const uint32_t run = rng() % 4 == 0 ? rng() % 40 : rng() % 3, value = 1 + rng() % 255;
+        if (dest + run >= 128 || rng() % 40 == 0) break;
+        w.AlphaPair(value, run);
+        plane[128 * half + (dest += run)] = static_cast<uint8_t>(value);
+        ++dest;
+      }
+      w.AlphaEnd();
+    }
   }
   const std::vector<uint8_t> bytes = w.Bytes();
-  const BlockDecodeTables& t = BlockDecodeTablesInstance();
-  BitWindow win(StreamView{bytes.data(), bytes.size()}, 0);
-  for (size_t n = 0; n < blocks.size(); ++n) {
-    alignas(16) int16_t block[64] = {};
-    ASSERT_TRUE(DecodeBlock(t, t.dcLuma, win, block)) << n;
-    int16_t expected[64] = {};
-    int32_t position = 0;
-    for (const auto& [run, level] : blocks[n]) {
-      position += run + 1;
-      expected[ZigzagScan[position]] = static_cast<int16_t>(level);
-    }
-    if (blocks[n].empty()) expected[1] = kNoAcMark;
-    for (int k = 1; k < 64; ++k) ASSERT_EQ(block[k], expected[k]) << "block " << n << " at " << k;
+  uint64_t pos = 0;
+  alignas(16) MacroblockScratch s;
+  s.ResetPredictors();
+  for (const auto& plane : differences) {
+    uint8_t expected[256], above[16];
+    std::memcpy(above, s.alphaRowPredictor, 16);
+    for (int k = 0; k < 256; ++k) above[k % 16] = expected[k] = static_cast<uint8_t>(above[k % 16] - plane[k]);
+    ASSERT_TRUE(ReadAlphaPlane(s, StreamView{bytes.data(), bytes.size()}, pos));
+    ASSERT_EQ(0, std::memcmp(s.Alpha(), expected, 256));
   }
-  EXPECT_EQ(win.Position(), w.BitPos());
+  EXPECT_EQ(pos, w.BitPos());
 }
 
 // The window against a plain bit-by-bit reading of the same stream, over

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <random>
 #include <vector>
 
 #include "decoder/output_layouts.h"
+#include "decoder/plane_set_stores.h"
 
 namespace vantaro::decoder {
 namespace {
@@ -14,15 +16,26 @@ constexpr size_t kPlaneBytes = kStride * 40;
 constexpr size_t kOrigin = kStride * 4 + 16;  // first byte of the macroblock
 constexpr uint8_t kUntouched = 0xCD;
 
-// Two guarded planes, and a scratch to fill sample by sample.
+// Four guarded planes: main and second for the one- and two-plane stores,
+// Y, U, V and alpha for the plane sets.
 struct Target {
-  std::vector<uint8_t> main = std::vector<uint8_t>(kPlaneBytes, kUntouched);
-  std::vector<uint8_t> second = std::vector<uint8_t>(kPlaneBytes, kUntouched);
-  Planes Get(int64_t secondStride = kStride) {
-    return Planes{main.data() + kOrigin, second.data() + kOrigin, kStride, secondStride};
+  std::vector<uint8_t> plane[4];
+  Target() {
+    for (auto& p : plane) p.assign(kPlaneBytes, kUntouched);
   }
-  uint8_t Main(int32_t line, int32_t byte) const { return main[kOrigin + line * kStride + byte]; }
-  uint8_t Second(int32_t line, int32_t byte) const { return second[kOrigin + line * kStride + byte]; }
+  Planes Get(int64_t secondStride = kStride) {
+    return Planes{plane[0].data() + kOrigin, plane[1].data() + kOrigin, kStride, secondStride};
+  }
+  // The odd field of a 40 x 30 picture: its 16 lines hold 15 picture lines.
+  PlaneField<uint8_t> Field(bool fullChroma, bool halfHeight) {
+    PlaneField<uint8_t> f{{}, {kStride, kStride, kStride, kStride}, 40, 30, fullChroma ? 40 : 20,
+                          halfHeight ? 15 : 30, 1};
+    for (int p = 0; p < 4; ++p) f.planes[p] = plane[p].data() + kOrigin;
+    return f;
+  }
+  uint8_t Main(int32_t line, int32_t byte) const { return plane[0][kOrigin + line * kStride + byte]; }
+  uint8_t Second(int32_t line, int32_t byte) const { return plane[1][kOrigin + line * kStride + byte]; }
+  bool operator==(const Target&) const = default;
 };
 
 struct Scratch {
@@ -33,7 +46,20 @@ struct Scratch {
   }
   // Sample (line r, column c) of the strip of blocks n, n + 1.
   void Set(int n, int r, int c, int16_t v) { s.blocks[n + r / 8][8 * (r % 8) + c] = v; }
+  // Kind 0: any value; 1: mostly in range; 2: all maximum; 3: alternating extremes.
+  void Random(int kind, std::mt19937& rng) {
+    for (auto& block : s.blocks) {
+      for (int k = 0; k < 64; ++k) {
+        block[k] = kind == 0   ? static_cast<int16_t>(rng())
+                   : kind == 1 ? static_cast<int16_t>(static_cast<int32_t>(rng() % 320) - 32)
+                   : kind == 2 ? int16_t{32767}
+                               : static_cast<int16_t>((k & 1) ? 32767 : -32768);
+      }
+    }
+  }
 };
+
+constexpr auto& kScalar = kStoreKernelsScalar;
 
 TEST(OutputStores, FourFourFourToNv12AveragesPackedEvenColumns) {
   Scratch sc;
@@ -44,7 +70,7 @@ TEST(OutputStores, FourFourFourToNv12AveragesPackedEvenColumns) {
     sc.Set(6, 3, c, 255);
   }
   Target t;
-  PlanarStore<kCsNV12>::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 16);
+  PlanarStore<kCsNV12>::Store<Family::k444, AlphaCoding::kNone>(kScalar, sc.s, t.Get(), 16);
   EXPECT_EQ(t.Second(1, 0), 12);
   EXPECT_EQ(t.Second(1, 1), 255);
   EXPECT_EQ(t.Second(1, 6), 12);
@@ -56,35 +82,34 @@ TEST(OutputStores, RawPairSpillsUnclampedChroma) {
   sc.Fill(4, -3);
   sc.Fill(6, 0x40);
   Target t;
-  Packed422Store<kCsYUY2>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 16);
+  Packed422Store<kCsYUY2>::Store<Family::k420, AlphaCoding::kNone>(kScalar, sc.s, t.Get(), 16);
   EXPECT_EQ(t.Main(0, 1), 253);  // U's low byte
   EXPECT_EQ(t.Main(0, 3), 255);  // V's byte under U's sign bits
   sc.Fill(4, 256);
-  Packed422Store<kCsYUY2>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 16);
+  Packed422Store<kCsYUY2>::Store<Family::k420, AlphaCoding::kNone>(kScalar, sc.s, t.Get(), 16);
   EXPECT_EQ(t.Main(5, 1), 0);
   EXPECT_EQ(t.Main(5, 3), 0x41);
   // RGB packs chroma first: 256 reads as 255.
   Target a, b;
-  RgbStore<kCsRGB24>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, a.Get(), 16);
+  RgbStore<kCsRGB24>::Store<Family::k420, AlphaCoding::kNone>(kScalar, sc.s, a.Get(), 16);
   sc.Fill(4, 255);
-  RgbStore<kCsRGB24>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, b.Get(), 16);
-  EXPECT_EQ(a.main, b.main);
+  RgbStore<kCsRGB24>::Store<Family::k420, AlphaCoding::kNone>(kScalar, sc.s, b.Get(), 16);
+  EXPECT_TRUE(a == b);
 }
 
 TEST(OutputStores, PartialRowsWriteOnlyTheirLines) {
   Scratch sc;
-  Target t;
-  PlanarStore<kCsNV12>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, t.Get(), 3);
-  EXPECT_NE(t.Main(2, 0), kUntouched);
-  EXPECT_EQ(t.Main(3, 0), kUntouched);
-  EXPECT_NE(t.Second(1, 15), kUntouched);  // (3 + 1) / 2 chroma lines
-  EXPECT_EQ(t.Second(2, 0), kUntouched);
-
-  Target u;  // a two-line source stops at `lines` too
-  PlanarStore<kCsNV24>::Store<Family::k420, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, u.Get(), 3);
-  EXPECT_NE(u.Second(2, 31), kUntouched);
-  EXPECT_EQ(u.Second(3, 0), kUntouched);
-  EXPECT_EQ(u.Second(0, 32), kUntouched);
+  Target t, u;
+  PlanarStore<kCsNV12>::Store<Family::k420, AlphaCoding::kNone>(kScalar, sc.s, t.Get(), 3);
+  PlanarStore<kCsNV24>::Store<Family::k420, AlphaCoding::kNone>(kScalar, sc.s, u.Get(), 3);
+  // NV12: (3 + 1) / 2 chroma lines; NV24 from a two-line source stops at 3 too.
+  const struct {
+    uint8_t got;
+    bool written;
+  } cells[] = {
+      {t.Main(2, 0), true}, {t.Main(3, 0), false}, {t.Second(1, 15), true}, {t.Second(2, 0), false},
+      {u.Second(2, 31), true}, {u.Second(3, 0), false}, {u.Second(0, 32), false}};
+  for (const auto& c : cells) EXPECT_EQ(c.got != kUntouched, c.written);
 }
 
 TEST(OutputStores, LumaAlphaWordsClampOnlyBesideDctAlpha) {
@@ -92,90 +117,82 @@ TEST(OutputStores, LumaAlphaWordsClampOnlyBesideDctAlpha) {
   sc.Fill(0, 256);
   sc.Fill(1, -1);
   std::memset(sc.s.Alpha(), 0x10, 256);  // run-length alpha bytes over blocks 12, 13
-  Target rle;
-  PlanarStore<kCsYA22>::Store<Family::k422, AlphaCoding::kRunValue>(kStoreKernelsScalar, sc.s, rle.Get(kStride / 2), 16);
-  EXPECT_EQ(rle.Main(0, 0), 0);     // 256 as it stands: luma 0 ...
-  EXPECT_EQ(rle.Main(0, 1), 0x11);  // ... and alpha's bit 0 set
-  EXPECT_EQ(rle.Main(8, 1), 0xFF);  // -1 swamps alpha
-  Target none;
-  PlanarStore<kCsYA44>::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, none.Get(), 16);
-  EXPECT_EQ(none.Main(0, 0), 0);
-  EXPECT_EQ(none.Main(0, 1), 0xFF);
+  Target rle, none, dct;
+  PlanarStore<kCsYA22>::Store<Family::k422, AlphaCoding::kRunValue>(kScalar, sc.s, rle.Get(kStride / 2), 16);
+  PlanarStore<kCsYA44>::Store<Family::k444, AlphaCoding::kNone>(kScalar, sc.s, none.Get(), 16);
   sc.Fill(12, 300);
   sc.Fill(13, 300);
   sc.Fill(14, -5);
   sc.Fill(15, -5);
-  Target dct;
-  PlanarStore<kCsYA20>::Store<Family::k422, AlphaCoding::kDct>(kStoreKernelsScalar, sc.s, dct.Get(), 16);
-  EXPECT_EQ(dct.Main(0, 0), 255);
-  EXPECT_EQ(dct.Main(0, 1), 255);
-  EXPECT_EQ(dct.Main(8, 0), 0);
-  EXPECT_EQ(dct.Main(0, 31), 0);  // right half's alpha -5 packs to 0
+  PlanarStore<kCsYA20>::Store<Family::k422, AlphaCoding::kDct>(kScalar, sc.s, dct.Get(), 16);
+  const struct {
+    uint8_t got, want;
+  } cells[] = {
+      {rle.Main(0, 0), 0}, {rle.Main(0, 1), 0x11},  // 256 as it stands: luma 0, alpha's bit 0 set
+      {rle.Main(8, 1), 0xFF},                       // -1 swamps alpha
+      {none.Main(0, 0), 0}, {none.Main(0, 1), 0xFF},
+      {dct.Main(0, 0), 255}, {dct.Main(0, 1), 255}, {dct.Main(8, 0), 0},
+      {dct.Main(0, 31), 0}};  // right half's alpha -5 packs to 0
+  for (const auto& c : cells) EXPECT_EQ(c.got, c.want);
 }
 
 TEST(OutputStores, AbsentAlphaIsOpaque) {
   Scratch sc;
   Target rgb, ayuv;
-  RgbStore<kCsRGB32>::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, rgb.Get(), 16);
-  AyuvStore::Store<Family::k444, AlphaCoding::kNone>(kStoreKernelsScalar, sc.s, ayuv.Get(), 16);
-  for (int r = 0; r < 16; ++r) {
-    for (int c = 0; c < 16; ++c) {
-      ASSERT_EQ(rgb.Main(r, 4 * c + 3), 255);
-      ASSERT_EQ(ayuv.Main(r, 4 * c), 255);
-    }
-  }
+  RgbStore<kCsRGB32>::Store<Family::k444, AlphaCoding::kNone>(kScalar, sc.s, rgb.Get(), 16);
+  AyuvStore::Store<Family::k444, AlphaCoding::kNone>(kScalar, sc.s, ayuv.Get(), 16);
+  for (int i = 0; i < 256; ++i) ASSERT_EQ(rgb.Main(i / 16, 4 * (i % 16) + 3) & ayuv.Main(i / 16, 4 * (i % 16)), 255);
 }
 
 // Every store with the vector line kernels against the same store with the
-// scalar ones, on random and saturating samples, guard bytes included.
-template <class Layout, Family F, AlphaCoding A>
-void CompareKernels(const StoreKernels& vector, std::mt19937& rng, int32_t lines) {
-  for (int kind = 0; kind < 4; ++kind) {
+// scalar ones, on random and saturating samples, guard bytes included. A
+// plane set's macroblock sits in column 1 of the odd field, inside the
+// picture but for its last line, and both go by the whole-line path, held
+// to the line-by-line reference.
+template <Family F, AlphaCoding A, class... Layouts>
+void Compare(const StoreKernels& vector, std::mt19937& rng) {
+  const auto one = [&]<class Layout>(Layout*, int32_t lines, int kind) {
     Scratch sc;
-    for (auto& block : sc.s.blocks) {
-      for (int k = 0; k < 64; ++k) {
-        block[k] = kind == 0 ? static_cast<int16_t>(rng())
-                   : kind == 1 ? static_cast<int16_t>(static_cast<int32_t>(rng() % 320) - 32)
-                   : kind == 2 ? int16_t{32767}
-                               : static_cast<int16_t>((k & 1) ? 32767 : -32768);
-      }
+    sc.Random(kind, rng);
+    Target reference, scalar, vectored;
+    if constexpr (Layout::kPlaneSet) {
+      const bool full = Layout::kChromaSamples == 16, half = Layout::kHalfHeightChroma;
+      const std::array f{reference.Field(full, half), scalar.Field(full, half), vectored.Field(full, half)};
+      Layout::template StoreLines<F, A>(kScalar, sc.s, {&f[0], 0, 1}, lines);
+      Layout::template Store<F, A>(kScalar, sc.s, {&f[1], 0, 1}, lines);
+      Layout::template Store<F, A>(vector, sc.s, {&f[2], 0, 1}, lines);
+    } else {
+      Layout::template Store<F, A>(kScalar, sc.s, reference.Get(), lines);
+      Layout::template Store<F, A>(kScalar, sc.s, scalar.Get(), lines);
+      Layout::template Store<F, A>(vector, sc.s, vectored.Get(), lines);
     }
-    Target a, b;
-    Layout::template Store<F, A>(kStoreKernelsScalar, sc.s, a.Get(), lines);
-    Layout::template Store<F, A>(vector, sc.s, b.Get(), lines);
-    ASSERT_EQ(a.main, b.main) << "kind " << kind;
-    ASSERT_EQ(a.second, b.second) << "kind " << kind;
+    EXPECT_TRUE(reference == scalar && reference == vectored) << "lines " << lines << " kind " << kind;
+  };
+  for (int32_t lines : {16, 5}) {
+    for (int kind = 0; kind < 4; ++kind) (one(static_cast<Layouts*>(nullptr), lines, kind), ...);
   }
 }
 
 template <Family F, AlphaCoding A>
-void CompareAllLayouts(const StoreKernels& vector, std::mt19937& rng) {
-  for (int32_t lines : {16, 5}) {
-    CompareKernels<PlanarStore<kCsNV12>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarStore<kCsNV16>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarStore<kCsNV24>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarStore<kCsYA20>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarStore<kCsYA22>, F, A>(vector, rng, lines);
-    CompareKernels<PlanarStore<kCsYA44>, F, A>(vector, rng, lines);
-    CompareKernels<Packed422Store<kCsYUY2>, F, A>(vector, rng, lines);
-    CompareKernels<Packed422Store<kCsUYVY>, F, A>(vector, rng, lines);
-    CompareKernels<Packed422Store<kCsUYVA>, F, A>(vector, rng, lines);
-    CompareKernels<AyuvStore, F, A>(vector, rng, lines);
-    CompareKernels<RgbStore<kCsRGB24>, F, A>(vector, rng, lines);
-    CompareKernels<RgbStore<kCsRGB32>, F, A>(vector, rng, lines);
-  }
+void CompareAllLayouts(const StoreKernels& v, std::mt19937& rng) {
+  Compare<F, A, PlanarStore<kCsNV12>, PlanarStore<kCsNV16>, PlanarStore<kCsNV24>, PlanarStore<kCsYA20>,
+          PlanarStore<kCsYA22>, PlanarStore<kCsYA44>, Packed422Store<kCsYUY2>, Packed422Store<kCsUYVY>,
+          Packed422Store<kCsUYVA>, AyuvStore, RgbStore<kCsRGB24>, RgbStore<kCsRGB32>,
+          PlaneSetStore<kPlanesYUV420>, PlaneSetStore<kPlanesYUVA420>, PlaneSetStore<kPlanesYUV422>,
+          PlaneSetStore<kPlanesYUVA422>, PlaneSetStore<kPlanesYUV444>, PlaneSetStore<kPlanesYUVA444>>(v, rng);
 }
 
 TEST(StoreKernels, VectorMatchesScalarInEveryStore) {
-  const StoreKernels* vector = StoreKernelsSse2();
-  if (vector == nullptr) GTEST_SKIP() << "no vector kernels on this build";
+  // Without vector kernels the scalar ones stand in: the plane sets' two
+  // paths are still held to each other.
+  const StoreKernels* v = StoreKernelsSse2() != nullptr ? StoreKernelsSse2() : &kScalar;
   std::mt19937 rng(5);
-  CompareAllLayouts<Family::k420, AlphaCoding::kNone>(*vector, rng);
-  CompareAllLayouts<Family::k420, AlphaCoding::kRunValue>(*vector, rng);
-  CompareAllLayouts<Family::k422, AlphaCoding::kNone>(*vector, rng);
-  CompareAllLayouts<Family::k422, AlphaCoding::kDct>(*vector, rng);
-  CompareAllLayouts<Family::k444, AlphaCoding::kRunValue>(*vector, rng);
-  CompareAllLayouts<Family::k444, AlphaCoding::kDct>(*vector, rng);
+  CompareAllLayouts<Family::k420, AlphaCoding::kNone>(*v, rng);
+  CompareAllLayouts<Family::k420, AlphaCoding::kRunValue>(*v, rng);
+  CompareAllLayouts<Family::k422, AlphaCoding::kNone>(*v, rng);
+  CompareAllLayouts<Family::k422, AlphaCoding::kDct>(*v, rng);
+  CompareAllLayouts<Family::k444, AlphaCoding::kRunValue>(*v, rng);
+  CompareAllLayouts<Family::k444, AlphaCoding::kDct>(*v, rng);
 }
 
 }  // namespace
