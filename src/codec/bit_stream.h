@@ -47,6 +47,7 @@ struct BitWriter {
 // Appends `length` (<= 24) bits; `code` has no bits above `length`. One
 // unaligned 32-bit store that may reach three bytes past the last bit; those
 // bytes are zero or are overwritten by the next store, so no flush exists.
+// (The block coder's own stores reach eight bytes; see block_codes.h.)
 inline void PutCode(BitWriter& w, uint32_t code, uint32_t length) {
   const uint32_t offset = w.bitPos & 7;
   const uint32_t word = w.carry | (code << offset);

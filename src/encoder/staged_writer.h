@@ -20,7 +20,8 @@ namespace vantaro::encoder {
 // would not fit.
 template <class Encode>
 inline Status EncodeWithinCapacity(BitWriter& writer, Encode&& encode) {
-  if (RoomFor(writer, kWorstCaseMacroblockBytes)) {
+  // The block coder's stores reach four bytes further than RoomFor allows for.
+  if (RoomFor(writer, kWorstCaseMacroblockBytes + 4)) {
     encode(writer);
     return Status::kOk;
   }
