@@ -36,19 +36,14 @@ TEST(Instance, StreamFormatsInEitherCase) {
 }
 
 TEST(Instance, ColorSpaceFromHeader) {
-  const struct {
-    uint32_t compression;
-    uint16_t bits;
-    int32_t expected;
-  } cases[] = {
-      {MakeFourCC('Y', 'U', 'Y', '2'), 0, kCsYUY2},  {MakeFourCC('N', 'V', '1', '2'), 12, kCsNV12},
-      {MakeFourCC('N', 'V', '2', '4'), 0, kCsNV24},  {MakeFourCC('Y', 'A', '2', '2'), 0, kCsYA22},
-      {MakeFourCC('U', 'Y', 'V', 'Y'), 16, kCsUYVY}, {MakeFourCC('U', 'Y', 'V', 'Y'), 24, kCsUYVA},
-      {MakeFourCC('U', 'Y', 'V', 'Y'), 32, kCsUYVA}, {MakeFourCC('U', 'Y', 'V', 'A'), 0, kCsUYVA},
-      {MakeFourCC('A', 'Y', 'U', 'V'), 0, kCsAYUV},  {kBiRgb, 24, kCsRGB24},
-      {kBiBitfields, 32, kCsRGB32},                  {MakeFourCC('D', 'I', 'B', ' '), 24, kCsRGB24},
-      {kBiRgb, 16, kCsInvalid},                      {MakeFourCC('Y', 'V', '1', '2'), 12, kCsInvalid},
-      {MakeFourCC('y', 'u', 'y', '2'), 16, kCsInvalid}, {MakeFourCC('V', 'Y', 'U', 'Y'), 16, kCsYUY2},  // no swap
+  using test::FourCC;
+  const struct { uint32_t compression; uint16_t bits; int32_t expected; } cases[] = {
+      {FourCC("YUY2"), 0, kCsYUY2}, {FourCC("NV12"), 12, kCsNV12}, {FourCC("NV24"), 0, kCsNV24},
+      {FourCC("YA22"), 0, kCsYA22}, {FourCC("UYVY"), 16, kCsUYVY}, {FourCC("UYVY"), 24, kCsUYVA},
+      {FourCC("UYVY"), 32, kCsUYVA}, {FourCC("UYVA"), 0, kCsUYVA}, {FourCC("AYUV"), 0, kCsAYUV},
+      {kBiRgb, 24, kCsRGB24}, {kBiBitfields, 32, kCsRGB32}, {FourCC("DIB "), 24, kCsRGB24},
+      {kBiRgb, 16, kCsInvalid}, {FourCC("YV12"), 12, kCsInvalid}, {FourCC("yuy2"), 16, kCsInvalid},
+      {FourCC("VYUY"), 16, kCsYUY2},  // no byte swap of any kind
   };
   for (const auto& c : cases) {
     const BITMAPINFOHEADER h = PictureHeader(c.compression, c.bits);
@@ -57,15 +52,10 @@ TEST(Instance, ColorSpaceFromHeader) {
 }
 
 TEST(Instance, BeginCompressRefusesAlphaMismatchesButLetsRgb24FeedAlpha) {
-  const struct {
-    char variant;
-    uint32_t compression;
-    uint16_t bits;
-    int64_t expected;
-  } cases[] = {
-      {'1', kBiRgb, 24, 0}, {'1', MakeFourCC('Y', 'U', 'Y', '2'), 16, -2}, {'0', kBiRgb, 32, -2},
-      {'0', kBiRgb, 16, -2}, {'1', MakeFourCC('A', 'Y', 'U', 'V'), 32, 0},
-      {'2', MakeFourCC('U', 'Y', 'V', 'Y'), 16, 0}, {'9', MakeFourCC('N', 'V', '2', '4'), 24, -2},
+  using test::FourCC;
+  const struct { char variant; uint32_t compression; uint16_t bits; int64_t expected; } cases[] = {
+      {'1', kBiRgb, 24, 0}, {'1', FourCC("YUY2"), 16, -2}, {'0', kBiRgb, 32, -2}, {'0', kBiRgb, 16, -2},
+      {'1', FourCC("AYUV"), 32, 0}, {'2', FourCC("UYVY"), 16, 0}, {'9', FourCC("NV24"), 24, -2},
   };
   for (const auto& c : cases) {
     Instance instance(MakeFourCC('V', 'T', 'Q', c.variant));

@@ -16,10 +16,7 @@ namespace vantaro::test {
 namespace {
 
 TEST(Threads, EverySliceCountGivesOneThreadsBytesSamplesAndDamage) {
-  const struct {
-    uint32_t fourcc;
-    vantaro_format format;
-  } cases[] = {{VANTARO_FOURCC_VTQ1, VANTARO_FORMAT_YUVA420P}, {VANTARO_FOURCC_VTQ7, VANTARO_FORMAT_YUV444P},
+  const struct { uint32_t fourcc; vantaro_format format; } cases[] = {{VANTARO_FOURCC_VTQ1, VANTARO_FORMAT_YUVA420P}, {VANTARO_FOURCC_VTQ7, VANTARO_FORMAT_YUV444P},
                {VANTARO_FOURCC_VTQ9, VANTARO_FORMAT_YUVA422P}, {VANTARO_FOURCC_VTQ2, VANTARO_FORMAT_UYVY}};
   for (const auto& c : cases) {
     Picture in(c.format, 80, 150);
