@@ -33,20 +33,9 @@ std::vector<uint8_t> PatternBytes(size_t count, uint32_t seed, int32_t lineBytes
   return bytes;
 }
 
-Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed, int32_t padding) {
-  Frame frame;
-  const int32_t pixelBytes = LayoutOf(colorSpace).pixelBytes;
-  frame.stride = width * (pixelBytes > 0 ? pixelBytes : 1) + padding;
-  const size_t lines = static_cast<size_t>(height) + 40;
-  size_t mainBytes = static_cast<size_t>(frame.stride) * lines;
-  if (colorSpace == kCsUYVA) mainBytes *= 2;  // the alpha plane behind the lines
-  // The planar walks step twice as far as they read: room for the overrun.
-  if (IsPlanar(colorSpace)) mainBytes *= 2;
-  frame.main = PatternBytes(mainBytes, seed, frame.stride);
-  if (IsPlanar(colorSpace)) {
-    frame.chroma = PatternBytes(static_cast<size_t>(frame.stride) * 4 * lines, seed + 101, frame.stride);
-  }
-  return frame;
+Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed) {
+  const int32_t stride = width * LayoutOf(colorSpace).pixelBytes;
+  return {PatternBytes(static_cast<size_t>(stride) * (height + 40), seed, stride), stride};
 }
 
 uint64_t Fnv1a64(const uint8_t* data, size_t size) {
@@ -63,8 +52,8 @@ int64_t CompressFrameSize(CodecInstance* instance, uint8_t* stream, size_t capac
 
 std::vector<uint8_t> CompressFrameBytes(CodecInstance* instance, const Frame& frame) {
   std::vector<uint8_t> stream(frame.main.size() * 4 + 4096);
-  const int64_t size = CompressFrameSize(instance, stream.data(), stream.size(), frame.main.data(),
-                                         frame.chroma.empty() ? nullptr : frame.chroma.data(), frame.stride);
+  const int64_t size =
+      CompressFrameSize(instance, stream.data(), stream.size(), frame.main.data(), nullptr, frame.stride);
   stream.resize(static_cast<size_t>(size - 4));
   return stream;
 }

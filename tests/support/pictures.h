@@ -39,15 +39,13 @@ constexpr uint32_t FourCC(const char* s) { return FourCC(s[0], s[1], s[2], s[3])
 // that blocks carry DC, low and high frequencies; same seed, same bytes.
 std::vector<uint8_t> PatternBytes(size_t count, uint32_t seed, int32_t lineBytes);
 
-// A frame buffer of any layout: main plane (with the csUYVA alpha plane
-// behind it) and, for the planar layouts, a second plane. Both carry slack
-// after the picture for the planar walks, which read past their lines.
+// A frame of a packed layout, its lines `stride` apart, with 40 lines of
+// pattern below the picture.
 struct Frame {
   std::vector<uint8_t> main;
-  std::vector<uint8_t> chroma;
-  int32_t stride = 0;  // frame line distance of the main plane
+  int32_t stride = 0;
 };
-Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed, int32_t padding = 0);
+Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed);
 
 uint64_t Fnv1a64(const uint8_t* data, size_t size);
 
@@ -69,7 +67,6 @@ class BitPeek {
   }
   // `n` bits in transmission order, first on the left, as a string of 0/1.
   std::string Bits(int n);
-  uint64_t position() const { return pos_; }
 
  private:
   const uint8_t* data_;
