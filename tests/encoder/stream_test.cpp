@@ -19,19 +19,12 @@ using test::FourCC;
 using test::Frame;
 using test::TestInstance;
 
-uint32_t Read24(const uint8_t* p) { return p[0] | (p[1] << 8) | (p[2] << 16); }
-
-// The eight slice lengths of a frame.
+// The eight slice lengths of a frame whose header accounts for every byte.
 std::vector<uint32_t> SliceLengths(const std::vector<uint8_t>& stream) {
-  std::vector<uint32_t> lengths;
-  size_t pos = 4;
-  for (int s = 0; s < 8; ++s) {
-    if (s == 4) pos = Read24(stream.data() + 1);
-    lengths.push_back(Read24(stream.data() + pos));
-    pos += lengths.back();
-  }
-  EXPECT_EQ(pos, stream.size());
-  return lengths;
+  vantaro_frame_info info{};
+  EXPECT_EQ(vantaro_frame_inspect(stream.data(), stream.size(), &info), VANTARO_OK);
+  EXPECT_EQ(info.frame_bytes, stream.size());
+  return {info.slice_lengths, info.slice_lengths + 8};
 }
 
 std::vector<uint8_t> Encode(uint32_t fourcc, uint32_t cs, int32_t w, int32_t h, const Frame& f) {
