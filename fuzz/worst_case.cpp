@@ -124,8 +124,7 @@ int64_t DriverCompress(uint32_t fourcc, bool ayuv, const Pattern& p) {
   uint32_t flags = 0;
   ICCOMPRESS frame{0, &output, out.get(), &input, picture.data(), nullptr, &flags, 0, 0, 0, nullptr, nullptr};
   const int64_t result = driver.Send(ICM_COMPRESS, &frame);
-  (void)driver.Send(ICM_COMPRESS_END);
-  FUZZ_CHECK(result == ICERR_OK || result == ICERR_BADFORMAT);
+  FUZZ_CHECK((result == ICERR_OK || result == ICERR_BADFORMAT) && driver.Send(ICM_COMPRESS_END) == ICERR_OK);
   return result == ICERR_OK ? output.biSizeImage : 0;
 }
 

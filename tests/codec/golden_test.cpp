@@ -22,10 +22,7 @@ namespace {
 constexpr uint32_t kLayoutIds[] = {kCsNV12, kCsNV16, kCsNV24, kCsYA20, kCsYA22, kCsYA44,
                                    kCsYUY2, kCsUYVY, kCsUYVA, kCsAYUV, kCsRGB24, kCsRGB32};
 
-struct Case {
-  int32_t width, height, padding, quality;
-  bool bottomUp;
-};
+struct Case { int32_t width, height, padding, quality; bool bottomUp; };
 constexpr Case kCases[] = {{48, 70, 0, 96, false}, {40, 64, 24, 50, false}, {32, 38, 8, 80, true}};
 
 // Buffers four times the frame's extent on each side of the first line, so
@@ -62,9 +59,7 @@ uint64_t HashOverVariants(HashOf hashOf, std::string* each) {
   return test::Fnv1a64(bytes.data(), bytes.size());
 }
 
-struct Hashes {
-  uint64_t stream, picture;
-};
+struct Hashes { uint64_t stream, picture; };
 
 Hashes HashesOf(char variant, size_t layout, const Case& c) {
   const uint32_t cs = kLayoutIds[layout];
