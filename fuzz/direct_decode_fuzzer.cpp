@@ -17,8 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CaptureFaultsAside("vantaro_direct_decode_fuzzer");
   Choices in(data, size);
   const uint32_t fourcc = kVariants[in.Byte() & 7];
-  const int32_t width = DirectWidth(in.Byte());
-  const int32_t height = DirectHeight(in.Byte());
+  const int32_t width = DirectWidth(in.Byte()), height = DirectHeight(in.Byte());
   const uint8_t flags = in.Byte();
   const uint32_t cs = DirectLayout(flags & 15);
   const bool fieldCalls = (flags & 16) != 0;

@@ -7,19 +7,12 @@
 // size. The output buffer is exactly the output header's biSizeImage: the
 // driver must refuse what does not fit rather than write past it.
 #include "driver/driver_formats.h"
+#include "driver/driver_host_session.h"
 #include "fuzz_support.h"
-#include "vantaro/driver.h"
 
 using namespace vantaro;
 using namespace vantaro::fuzz;
-
-namespace {
-
-int64_t Send(uint64_t id, uint32_t message, const void* p1 = nullptr, const void* p2 = nullptr) {
-  return DriverProc(id, nullptr, message, reinterpret_cast<intptr_t>(p1), reinterpret_cast<intptr_t>(p2));
-}
-
-}  // namespace
+using test::Send;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CaptureFaultsAside("vantaro_driver_decode_fuzzer");
@@ -27,8 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint8_t variant = in.Byte();
   int32_t width = DirectWidth(in.Byte());
   const int32_t height = DirectHeight(in.Byte());
-  const uint8_t flags = in.Byte();
-  const uint8_t shrink = in.Byte();
+  const uint8_t flags = in.Byte(), shrink = in.Byte();
   if ((flags & 32) != 0 && (shrink & 3) == 0) width = -width;
   uint32_t fourcc = kVariants[variant & 7];
   if ((variant & 8) != 0) fourcc |= 0x20202020;  // lower case: opens, but queries refuse
@@ -55,11 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(id != 0);
   (void)Send(id, ICM_DECOMPRESS_QUERY, &input, &output);
   (void)Send(id, ICM_DECOMPRESS_BEGIN, &input, &output);
-  ICDECOMPRESS frame{};
-  frame.lpbiInput = &input;
-  frame.lpInput = stream.get();
-  frame.lpbiOutput = &output;
-  frame.lpOutput = picture.get();
+  ICDECOMPRESS frame{0, &input, stream.get(), &output, picture.get(), 0};
   const int64_t result = Send(id, ICM_DECOMPRESS, &frame);
   FUZZ_CHECK(result == ICERR_OK || result == ICERR_BADFORMAT);
   (void)Send(id, ICM_DECOMPRESS_END);

@@ -10,18 +10,16 @@
 #include <memory>
 
 #include "codec/layout_facts.h"
+#include "support/pictures.h"
 #include "vantaro/vantaro.h"
 
 namespace vantaro::fuzz {
 
 // A broken promise: say which and abort, so libFuzzer keeps the input.
-#define FUZZ_CHECK(cond)                                                            \
-  do {                                                                              \
-    if (!(cond)) {                                                                  \
-      std::fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
-      std::abort();                                                                 \
-    }                                                                               \
-  } while (0)
+inline void Check(bool ok, const char* file, int line, const char* what) {
+  if (!ok) std::fprintf(stderr, "%s:%d: check failed: %s\n", file, line, what), std::abort();
+}
+#define FUZZ_CHECK(cond) ::vantaro::fuzz::Check(static_cast<bool>(cond), __FILE__, __LINE__, #cond)
 
 // Choice bytes are taken from the front; the rest is payload. Past the end
 // every choice reads 0, so short inputs still pick something.
@@ -46,9 +44,7 @@ inline std::unique_ptr<uint8_t[]> Exact(const uint8_t* data, size_t size) {
   return block;
 }
 
-constexpr uint32_t kVariants[8] = {VANTARO_FOURCC_VTQ0, VANTARO_FOURCC_VTQ1, VANTARO_FOURCC_VTQ2,
-                                   VANTARO_FOURCC_VTQ3, VANTARO_FOURCC_VTQ4, VANTARO_FOURCC_VTQ5,
-                                   VANTARO_FOURCC_VTQ7, VANTARO_FOURCC_VTQ9};
+inline constexpr const auto& kVariants = test::kVariantFourCCs;
 // Choice index 0..5 to a plane set, YUV420P first.
 constexpr vantaro_format PlaneSet(uint32_t index) { return static_cast<vantaro_format>(1 + index % 6); }
 
@@ -58,14 +54,8 @@ constexpr uint32_t DirectLayout(uint32_t index) { return index % 12 < 6 ? 1 + in
 // A bitmap header naming layout `cs` as the doors read it.
 inline BITMAPINFOHEADER LayoutHeader(uint32_t cs, int32_t width, int32_t height) {
   const char* name = LayoutOf(cs).name + 2;  // "csNV12" -> "NV12"
-  BITMAPINFOHEADER h{};
-  h.biSize = sizeof h;
-  h.biWidth = width;
-  h.biHeight = height;
-  h.biPlanes = 1;
-  h.biBitCount = static_cast<uint16_t>(LayoutOf(cs).bitCount);
-  h.biCompression = cs >= kCsRGB24 ? 0 : VTC_FOURCC(name[0], name[1], name[2], name[3]);
-  return h;
+  return {sizeof(BITMAPINFOHEADER), width, height, 1, static_cast<uint16_t>(LayoutOf(cs).bitCount),
+          cs >= kCsRGB24 ? 0 : test::FourCC(name), 0, 0, 0, 0, 0};
 }
 // Sizes for the direct functions and the driver, which take the width in
 // whole pixels of the layout: mostly macroblock multiples, some not.

@@ -45,14 +45,11 @@ struct Planes {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Choices in(data, size);
   const uint32_t fourcc = kVariants[in.Byte() & 7];
-  const int32_t width = 1 + in.Byte() % 80;
-  const int32_t height = 1 + in.Byte() % 80;
+  const int32_t width = 1 + in.Byte() % 80, height = 1 + in.Byte() % 80;
   const uint8_t flags = in.Byte();
   const vantaro_format format = PlaneSet(flags & 7);
   const bool bottomUp = (flags & 8) != 0;
-  vantaro_options options;
-  vantaro_options_default(&options);
-  options.threads = (flags & 16) != 0 ? 2 : 1;
+  vantaro_options options = vantaro::test::WithThreads((flags & 16) != 0 ? 2 : 1);
   options.kernels = (flags & 32) != 0 ? VANTARO_KERNELS_SCALAR : VANTARO_KERNELS_AUTO;
   const size_t length = in.RestSize();
   const auto frame = Exact(in.Rest(), length);

@@ -19,22 +19,18 @@ struct Picture {
   vantaro_picture picture{};
   Picture(vantaro_format format, int32_t width, int32_t height) {
     bytes.resize(vantaro_picture_size(format, width, height));
-    FUZZ_CHECK(vantaro_picture_fill(&picture, format, width, height, bytes.data(), bytes.size()) ==
-               VANTARO_OK);
+    FUZZ_CHECK(vantaro_picture_fill(&picture, format, width, height, bytes.data(), bytes.size()) == VANTARO_OK);
   }
 };
 
-void MakeSamples(std::vector<uint8_t>& out, uint8_t mode, const uint8_t* payload, size_t n,
-                 int32_t width) {
+void MakeSamples(std::vector<uint8_t>& out, uint8_t mode, const uint8_t* payload, size_t n, int32_t width) {
   uint32_t state = 0x9e3779b9u;
   for (size_t i = 0; i < n && i < 16; ++i) state = state * 31 + payload[i];
   for (size_t i = 0; i < out.size(); ++i) {
     switch (mode % 3) {
       case 0: out[i] = n != 0 ? payload[i % n] : 0; break;
       case 1:
-        state ^= state << 13;
-        state ^= state >> 17;
-        state ^= state << 5;
+        state ^= state << 13, state ^= state >> 17, state ^= state << 5;
         out[i] = static_cast<uint8_t>(state >> 24);
         break;
       default: {
@@ -54,15 +50,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Choices in(data, size);
   const uint32_t fourcc = kVariants[in.Byte() & 7];
   // Small pictures keep a run near a thousand inputs a second.
-  const int32_t width = 1 + in.Byte() % 40;
-  const int32_t height = 1 + in.Byte() % 34;
-  const int32_t quality = 1 + in.Byte() % 99;
-  const uint8_t flags = in.Byte();
-  const uint8_t mode = in.Byte();
+  const int32_t width = 1 + in.Byte() % 40, height = 1 + in.Byte() % 34, quality = 1 + in.Byte() % 99;
+  const uint8_t flags = in.Byte(), mode = in.Byte();
   const vantaro_format format = PlaneSet(flags & 7);
-  vantaro_options options;
-  vantaro_options_default(&options);
-  options.threads = (flags & 0x88) == 0x88 ? 2 : 1;
+  vantaro_options options = vantaro::test::WithThreads((flags & 0x88) == 0x88 ? 2 : 1);
   options.kernels = (flags & 16) != 0 ? VANTARO_KERNELS_SCALAR : VANTARO_KERNELS_AUTO;
 
   Picture source(format, width, height);
@@ -81,8 +72,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if ((flags & 0x60) == 0) {
     const auto shortBuffer = Exact(first.get(), written - 1);
     size_t reported = 0;
-    FUZZ_CHECK(vantaro_encode(encoder, &source.picture, shortBuffer.get(), written - 1,
-                              &reported) == VANTARO_ERROR_BUFFER_TOO_SMALL);
+    FUZZ_CHECK(vantaro_encode(encoder, &source.picture, shortBuffer.get(), written - 1, &reported) ==
+               VANTARO_ERROR_BUFFER_TOO_SMALL);
     FUZZ_CHECK(reported == written);
   }
   vantaro_encoder_destroy(encoder);

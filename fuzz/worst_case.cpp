@@ -31,8 +31,7 @@ const char* const kKindNames[] = {"noise", "checkerboard", "basis signs", "block
 enum Channel { kLuma, kChroma, kAlpha };
 
 uint32_t Hash(uint32_t v) {
-  v = (v ^ (v >> 16)) * 0x7feb352du;
-  v = (v ^ (v >> 15)) * 0x846ca68bu;
+  v = (v ^ (v >> 16)) * 0x7feb352du, v = (v ^ (v >> 15)) * 0x846ca68bu;
   return v ^ (v >> 16);
 }
 
@@ -108,8 +107,9 @@ int64_t DriverCompress(uint32_t fourcc, bool ayuv, const Pattern& p) {
   FUZZ_CHECK(driver.id() != 0);
   const int32_t quality = 9800;  // 9800 / 200 + 50: quality 99
   (void)driver.Send(ICM_SETQUALITY, &quality);
-  const int32_t pixelBytes = ayuv ? 4 : 3;
-  BITMAPINFOHEADER input = LayoutHeader(ayuv ? kCsAYUV : kCsRGB24, kSize, -kSize);
+  const uint32_t cs = ayuv ? kCsAYUV : kCsRGB24;
+  const int32_t pixelBytes = LayoutOf(cs).pixelBytes;
+  BITMAPINFOHEADER input = LayoutHeader(cs, kSize, -kSize);
   input.biSizeImage = static_cast<uint32_t>(pixelBytes * kSize * kSize);
   std::vector<uint8_t> picture(input.biSizeImage);
   for (size_t o = 0; o < picture.size(); ++o) {
@@ -122,15 +122,9 @@ int64_t DriverCompress(uint32_t fourcc, bool ayuv, const Pattern& p) {
   FUZZ_CHECK(output.biSizeImage == 6u * kSize * kSize);
   const auto out = std::make_unique<uint8_t[]>(output.biSizeImage);
   uint32_t flags = 0;
-  ICCOMPRESS frame{};
-  frame.lpbiOutput = &output;
-  frame.lpOutput = out.get();
-  frame.lpbiInput = &input;
-  frame.lpInput = picture.data();
-  frame.lpdwFlags = &flags;
+  ICCOMPRESS frame{0, &output, out.get(), &input, picture.data(), nullptr, &flags, 0, 0, 0, nullptr, nullptr};
   const int64_t result = driver.Send(ICM_COMPRESS, &frame);
-  (void)driver.Send(ICM_COMPRESS_END);
-  FUZZ_CHECK(result == ICERR_OK || result == ICERR_BADFORMAT);
+  FUZZ_CHECK((result == ICERR_OK || result == ICERR_BADFORMAT) && driver.Send(ICM_COMPRESS_END) == ICERR_OK);
   return result == ICERR_OK ? output.biSizeImage : 0;
 }
 

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -52,24 +54,20 @@ void WriteAvi(const fs::path& dir, uint32_t fourcc, const Bytes& frame) {
   vantaro::tool::File file(f, path, true);
   vantaro::tool::AviVideo video;
   video.fourcc = fourcc;
-  video.coded_width = video.display_width = 32;
-  video.coded_height = video.display_height = 24;
+  video.coded_width = video.display_width = 32, video.coded_height = video.display_height = 24;
   vantaro::tool::AviWriter writer(file, video);
-  writer.add_frame(frame.data(), static_cast<uint32_t>(frame.size()));
-  writer.add_frame(frame.data(), static_cast<uint32_t>(frame.size()));
+  for (int i = 0; i < 2; ++i) writer.add_frame(frame.data(), static_cast<uint32_t>(frame.size()));
   writer.finish();
 }
 
 // A copy of `seed` whose picture header declares the most negative height,
 // which has no magnitude in 32 bits: once a fault of the reader.
 void WriteAviWithoutHeight(const fs::path& seed) {
-  std::FILE* f = std::fopen(seed.string().c_str(), "rb");
-  FUZZ_CHECK(f != nullptr);
-  Bytes bytes(static_cast<size_t>(fs::file_size(seed)));
-  FUZZ_CHECK(std::fread(bytes.data(), 1, bytes.size(), f) == bytes.size());
-  std::fclose(f);
-  const uint8_t strf[4] = {'s', 't', 'r', 'f'};
-  const auto at = std::search(bytes.begin(), bytes.end(), strf, strf + 4);
+  std::ifstream in(seed, std::ios::binary);
+  Bytes bytes{std::istreambuf_iterator<char>(in), {}};
+  FUZZ_CHECK(!bytes.empty());
+  const std::string strf = "strf";
+  const auto at = std::search(bytes.begin(), bytes.end(), strf.begin(), strf.end());
   FUZZ_CHECK(at + 20 <= bytes.end());
   const size_t height = static_cast<size_t>(at - bytes.begin()) + 8 + 8;  // chunk header, biSize, biWidth
   bytes[height] = bytes[height + 1] = bytes[height + 2] = 0;
@@ -84,15 +82,12 @@ void WriteY4m(const fs::path& dir, vantaro::tool::Chroma chroma, int index) {
   FUZZ_CHECK(f != nullptr);
   vantaro::tool::File file(f, path, true);
   vantaro::tool::Y4mFormat format;
-  format.width = 7;
-  format.height = 5;
-  format.chroma = chroma;
+  format.width = 7, format.height = 5, format.chroma = chroma;
   format.interlaced = index % 2 == 0;
   vantaro::tool::Y4mWriter writer(file, format);
   Bytes samples(format.frame_bytes());
   for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<uint8_t>(i * 37);
-  writer.write(samples.data());
-  writer.write(samples.data());
+  for (int i = 0; i < 2; ++i) writer.write(samples.data());
 }
 
 }  // namespace

@@ -13,9 +13,7 @@
 namespace {
 
 void PutU24(std::vector<uint8_t>& bytes, size_t at, uint32_t value) {
-    bytes[at] = static_cast<uint8_t>(value);
-    bytes[at + 1] = static_cast<uint8_t>(value >> 8);
-    bytes[at + 2] = static_cast<uint8_t>(value >> 16);
+    for (int i = 0; i < 3; ++i) bytes[at + i] = static_cast<uint8_t>(value >> (8 * i));
 }
 
 // A frame of quality 90 whose eight slices have the given lengths, each slice
@@ -46,8 +44,7 @@ TEST(ApiBasics, CodedSizeRoundsWidthTo16AndHeightTo2) {
     for (const Case& c : cases) {
         int32_t cw = 0, ch = 0;
         EXPECT_EQ(vantaro_coded_size(c.w, c.h, &cw, &ch), c.status) << c.w << "x" << c.h;
-        EXPECT_EQ(cw, c.cw);
-        EXPECT_EQ(ch, c.ch);
+        EXPECT_TRUE(cw == c.cw && ch == c.ch) << c.w << "x" << c.h << ": " << cw << "x" << ch;
     }
     EXPECT_EQ(vantaro_coded_size(4, 4, nullptr, nullptr), VANTARO_ERROR_INVALID_ARGUMENT);
 }
@@ -86,7 +83,6 @@ TEST(ApiBasics, StatusesHaveDistinctTextAndOptionsDefaultToOneThread) {
         for (const std::string& other : seen) EXPECT_NE(text, other);
         seen.push_back(text);
     }
-    EXPECT_STREQ(vantaro_version_string(), "1.0.0");
     EXPECT_EQ(vantaro_version(), static_cast<uint32_t>(VANTARO_VERSION));
     vantaro_options options{};
     vantaro_options_default(&options);

@@ -12,12 +12,8 @@ namespace {
 TEST(NativeApi, ArgumentChecksAnswerTheirStatus) {
   vantaro_encoder* e = nullptr;
   vantaro_options bad = WithThreads(9);
-  const struct {
-    uint32_t fourcc;
-    int32_t w, h, quality;
-    const vantaro_options* options;
-    vantaro_status expected;
-  } cases[] = {
+  const struct { uint32_t fourcc; int32_t w, h, quality; const vantaro_options* options; vantaro_status expected; }
+      cases[] = {
       {VTC_FOURCC('V', 'T', 'Q', '6'), 16, 16, 90, nullptr, VANTARO_ERROR_UNKNOWN_FOURCC},
       {VANTARO_FOURCC_VTQ2, 0, 16, 90, nullptr, VANTARO_ERROR_BAD_SIZE},
       {VANTARO_FOURCC_VTQ2, 16, -4, 90, nullptr, VANTARO_ERROR_BAD_SIZE},

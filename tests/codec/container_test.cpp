@@ -25,23 +25,18 @@ using test::PictureHeader;
 
 uint32_t Le24(const uint8_t* p) { return p[0] | (p[1] << 8) | (p[2] << 16); }
 
-TEST(Container, UnusableLayoutGivesTheEmptyFrame) {
-  const BITMAPINFOHEADER h = PictureHeader(kBiRgb, 16, 64, 64);  // 16-bit RGB: index 0
+// 16-bit RGB is layout 0: frames and fields of empty slices, and field
+// results that count the bytes so far plus four.
+TEST(Container, UnusableLayoutGivesEmptyFramesAndFields) {
+  const BITMAPINFOHEADER h = PictureHeader(kBiRgb, 16, 64, 64);
   void* encoder = VTC_CompressFieldBegin(&h, VTC_FOURCC('V', 'T', 'Q', '2'));
-  std::vector<uint8_t> stream(64, 0xEE);
-  std::vector<uint8_t> picture(64 * 64 * 2, 0x80);
+  std::vector<uint8_t> stream(64, 0xEE), picture(64 * 64 * 2, 0x80);
   EXPECT_EQ(VTC_CompressFrame(encoder, stream.data(), picture.data(), 128), 32);
   EXPECT_EQ(stream[0], 96);
   EXPECT_EQ(Le24(&stream[1]), 16u);  // 4 + four empty slices
   for (int s = 0; s < 8; ++s) EXPECT_EQ(Le24(&stream[4 + 3 * s]), 3u) << "slice " << s;
   VTC_CompressFieldEnd(encoder);
-}
-
-TEST(Container, FieldResultsCountBytesSoFarPlusFour) {
-  const BITMAPINFOHEADER h = PictureHeader(kBiRgb, 16, 64, 64);
-  void* encoder = VTC_CompressFieldBegin(&h, VTC_FOURCC('v', 't', 'q', '0'));
-  std::vector<uint8_t> stream(64, 0);
-  std::vector<uint8_t> picture(64 * 64 * 2, 0);
+  encoder = VTC_CompressFieldBegin(&h, VTC_FOURCC('v', 't', 'q', '0'));
   EXPECT_EQ(VTC_CompressField(encoder, stream.data(), picture.data(), 256, 0), 20);
   EXPECT_EQ(VTC_CompressField(encoder, stream.data(), picture.data() + 128, 256, 1), 32);
   VTC_CompressFieldEnd(encoder);
@@ -54,14 +49,14 @@ TEST(Container, WriterNeverPassesItsCapacity) {
   std::vector<uint8_t> stream(40, 0xAB);
   const uint8_t picture[4] = {};
   int64_t size = 0;
-  EXPECT_EQ(CompressField(instance.get(), stream.data(), 7, picture, nullptr, 0, 0, &size),
-            Status::kDoesNotFit);
-  EXPECT_EQ(CompressField(instance.get(), stream.data(), 12, picture, nullptr, 0, 0, &size),
-            Status::kDoesNotFit);
+  const auto field = [&](size_t capacity) {
+    return CompressField(instance.get(), stream.data(), capacity, picture, nullptr, 0, 0, &size);
+  };
+  EXPECT_EQ(field(7), Status::kDoesNotFit);
+  EXPECT_EQ(field(12), Status::kDoesNotFit);
   for (size_t i = 12; i < stream.size(); ++i) ASSERT_EQ(stream[i], 0xAB) << i;
   // 4 header bytes + 4 * 3 slice bytes + the 4-byte reach of the last store.
-  EXPECT_EQ(CompressField(instance.get(), stream.data(), 20, picture, nullptr, 0, 0, &size),
-            Status::kOk);
+  EXPECT_EQ(field(20), Status::kOk);
   EXPECT_EQ(size, 20);
 }
 
@@ -71,17 +66,13 @@ TEST(Container, DecoderFollowsTheQualityByteOnlyInOneToNinetyNine) {
   uint8_t frame[32] = {89, 16, 0, 0, 3, 0, 0, 3, 0, 0, 3, 0, 0, 3, 0, 0,
                        3,  0,  0, 3, 0, 0, 3, 0, 0, 3, 0, 0, 0, 0, 0, 0};
   uint8_t picture[4] = {};
-  DecompressField(&instance, picture, nullptr, frame, 0, 1);
-  EXPECT_EQ(instance.quality, 90u);  // read on either field, snapped to the ladder
-  frame[0] = 0;
-  DecompressField(&instance, picture, nullptr, frame, 0, 0);
-  EXPECT_EQ(instance.quality, 90u);
-  frame[0] = 100;
-  DecompressField(&instance, picture, nullptr, frame, 0, 0);
-  EXPECT_EQ(instance.quality, 90u);
-  frame[0] = 1;
-  DecompressField(&instance, picture, nullptr, frame, 0, 0);
-  EXPECT_EQ(instance.quality, 4u);
+  // Read on either field and snapped to the ladder; 0 and 100 leave it as it was.
+  const struct { uint8_t byte; int32_t field; uint32_t quality; } steps[] = {{89, 1, 90}, {0, 0, 90}, {100, 0, 90}, {1, 0, 4}};
+  for (const auto& step : steps) {
+    frame[0] = step.byte;
+    DecompressField(&instance, picture, nullptr, frame, 0, step.field);
+    EXPECT_EQ(instance.quality, step.quality) << int(step.byte);
+  }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "codec/field_flow.h"
+#include "codec/layout_facts.h"
 #include "codec/quantiser.h"
 #include "support/pictures.h"
 
@@ -20,12 +21,8 @@ namespace {
 
 constexpr uint32_t kLayoutIds[] = {kCsNV12, kCsNV16, kCsNV24, kCsYA20, kCsYA22, kCsYA44,
                                    kCsYUY2, kCsUYVY, kCsUYVA, kCsAYUV, kCsRGB24, kCsRGB32};
-constexpr int32_t kPixelBytes[] = {1, 1, 1, 2, 2, 2, 2, 2, 2, 4, 3, 4};
 
-struct Case {
-  int32_t width, height, padding, quality;
-  bool bottomUp;
-};
+struct Case { int32_t width, height, padding, quality; bool bottomUp; };
 constexpr Case kCases[] = {{48, 70, 0, 96, false}, {40, 64, 24, 50, false}, {32, 38, 8, 80, true}};
 
 // Buffers four times the frame's extent on each side of the first line, so
@@ -38,15 +35,13 @@ struct Planes {
 };
 
 Planes MakePlanes(size_t layout, const Case& c, uint32_t seed, bool pattern) {
-  const int32_t stride = c.width * kPixelBytes[layout] + c.padding;
+  const int32_t stride = c.width * LayoutOf(kLayoutIds[layout]).pixelBytes + c.padding;
   const size_t bytes = static_cast<size_t>(stride) * 8 * (c.height + 40);
-  const bool planar = layout < 6;
   Planes p;
   p.stride = c.bottomUp ? -stride : stride;
   p.main = pattern ? test::PatternBytes(bytes, seed, stride) : std::vector<uint8_t>(bytes, 0xA5);
-  if (planar) {
-    p.chroma = pattern ? test::PatternBytes(bytes, seed + 101, stride)
-                       : std::vector<uint8_t>(bytes, 0x5A);
+  if (layout < 6) {  // the semi-planar layouts' second plane
+    p.chroma = pattern ? test::PatternBytes(bytes, seed + 101, stride) : std::vector<uint8_t>(bytes, 0x5A);
   }
   return p;
 }
@@ -64,9 +59,7 @@ uint64_t HashOverVariants(HashOf hashOf, std::string* each) {
   return test::Fnv1a64(bytes.data(), bytes.size());
 }
 
-struct Hashes {
-  uint64_t stream, picture;
-};
+struct Hashes { uint64_t stream, picture; };
 
 Hashes HashesOf(char variant, size_t layout, const Case& c) {
   const uint32_t cs = kLayoutIds[layout];

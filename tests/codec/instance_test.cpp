@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <string>
+
 #include "support/headers.h"
 #include "support/pictures.h"
 
@@ -17,40 +20,30 @@ using test::PictureHeader;
 using Instance = test::TestInstance;
 
 TEST(Instance, StreamFormatsInEitherCase) {
-  Instance upper(MakeFourCC('V', 'T', 'Q', '3'));
-  Instance lower(MakeFourCC('v', 't', 'q', '3'));
-  EXPECT_EQ(lower->fourcc, MakeFourCC('V', 'T', 'Q', '3'));
-  EXPECT_EQ(lower->chromaFamily, upper->chromaFamily);
-  EXPECT_EQ(lower->hasAlpha, 1);
-  Instance dct(MakeFourCC('V', 'T', 'Q', '7'));
-  EXPECT_EQ(dct->chromaFamily, 3u);
-  EXPECT_EQ(dct->dctAlpha, 1);
-  Instance dct444(MakeFourCC('v', 't', 'q', '9'));
-  EXPECT_EQ(dct444->chromaFamily, 5u);
-  EXPECT_EQ(dct444->dctAlpha, 1);
+  const struct { const char* fourcc; uint32_t expected, family; int32_t hasAlpha, dctAlpha; } cases[] = {
+      {"VTQ3", MakeFourCC('V', 'T', 'Q', '3'), 3, 1, 0}, {"vtq3", MakeFourCC('V', 'T', 'Q', '3'), 3, 1, 0},
+      {"VTQ7", MakeFourCC('V', 'T', 'Q', '7'), 3, 1, 1}, {"vtq9", MakeFourCC('V', 'T', 'Q', '9'), 5, 1, 1}};
+  for (const auto& c : cases) {
+    Instance instance(test::FourCC(c.fourcc));
+    EXPECT_EQ(instance->fourcc, c.expected) << c.fourcc;
+    EXPECT_EQ(instance->chromaFamily, c.family) << c.fourcc;
+    EXPECT_EQ(instance->hasAlpha, c.hasAlpha) << c.fourcc;
+    EXPECT_EQ(instance->dctAlpha, c.dctAlpha) << c.fourcc;
+  }
   Instance unknown(MakeFourCC('V', 'T', 'Q', '6'));
   EXPECT_EQ(unknown->fourcc, 0u);
   EXPECT_EQ(unknown->quality, 96u);
 }
 
 TEST(Instance, ColorSpaceFromHeader) {
-  {
-    const BITMAPINFOHEADER vyuy = PictureHeader(MakeFourCC('V', 'Y', 'U', 'Y'), 16);
-    EXPECT_EQ(ColorSpaceFromHeader(&vyuy), kCsYUY2);  // no byte swap of any kind
-  }
-  const struct {
-    uint32_t compression;
-    uint16_t bits;
-    int32_t expected;
-  } cases[] = {
-      {MakeFourCC('Y', 'U', 'Y', '2'), 0, kCsYUY2},  {MakeFourCC('N', 'V', '1', '2'), 12, kCsNV12},
-      {MakeFourCC('N', 'V', '2', '4'), 0, kCsNV24},  {MakeFourCC('Y', 'A', '2', '2'), 0, kCsYA22},
-      {MakeFourCC('U', 'Y', 'V', 'Y'), 16, kCsUYVY}, {MakeFourCC('U', 'Y', 'V', 'Y'), 24, kCsUYVA},
-      {MakeFourCC('U', 'Y', 'V', 'Y'), 32, kCsUYVA}, {MakeFourCC('U', 'Y', 'V', 'A'), 0, kCsUYVA},
-      {MakeFourCC('A', 'Y', 'U', 'V'), 0, kCsAYUV},  {kBiRgb, 24, kCsRGB24},
-      {kBiBitfields, 32, kCsRGB32},                  {MakeFourCC('D', 'I', 'B', ' '), 24, kCsRGB24},
-      {kBiRgb, 16, kCsInvalid},                      {MakeFourCC('Y', 'V', '1', '2'), 12, kCsInvalid},
-      {MakeFourCC('y', 'u', 'y', '2'), 16, kCsInvalid},
+  using test::FourCC;
+  const struct { uint32_t compression; uint16_t bits; int32_t expected; } cases[] = {
+      {FourCC("YUY2"), 0, kCsYUY2}, {FourCC("NV12"), 12, kCsNV12}, {FourCC("NV24"), 0, kCsNV24},
+      {FourCC("YA22"), 0, kCsYA22}, {FourCC("UYVY"), 16, kCsUYVY}, {FourCC("UYVY"), 24, kCsUYVA},
+      {FourCC("UYVY"), 32, kCsUYVA}, {FourCC("UYVA"), 0, kCsUYVA}, {FourCC("AYUV"), 0, kCsAYUV},
+      {kBiRgb, 24, kCsRGB24}, {kBiBitfields, 32, kCsRGB32}, {FourCC("DIB "), 24, kCsRGB24},
+      {kBiRgb, 16, kCsInvalid}, {FourCC("YV12"), 12, kCsInvalid}, {FourCC("yuy2"), 16, kCsInvalid},
+      {FourCC("VYUY"), 16, kCsYUY2},  // no byte swap of any kind
   };
   for (const auto& c : cases) {
     const BITMAPINFOHEADER h = PictureHeader(c.compression, c.bits);
@@ -59,19 +52,10 @@ TEST(Instance, ColorSpaceFromHeader) {
 }
 
 TEST(Instance, BeginCompressRefusesAlphaMismatchesButLetsRgb24FeedAlpha) {
-  const struct {
-    char variant;
-    uint32_t compression;
-    uint16_t bits;
-    int64_t expected;
-  } cases[] = {
-      {'1', kBiRgb, 24, 0},
-      {'1', MakeFourCC('Y', 'U', 'Y', '2'), 16, -2},
-      {'0', kBiRgb, 32, -2},
-      {'1', MakeFourCC('A', 'Y', 'U', 'V'), 32, 0},
-      {'0', kBiRgb, 16, -2},
-      {'2', MakeFourCC('U', 'Y', 'V', 'Y'), 16, 0},
-      {'9', MakeFourCC('N', 'V', '2', '4'), 24, -2},
+  using test::FourCC;
+  const struct { char variant; uint32_t compression; uint16_t bits; int64_t expected; } cases[] = {
+      {'1', kBiRgb, 24, 0}, {'1', FourCC("YUY2"), 16, -2}, {'0', kBiRgb, 32, -2}, {'0', kBiRgb, 16, -2},
+      {'1', FourCC("AYUV"), 32, 0}, {'2', FourCC("UYVY"), 16, 0}, {'9', FourCC("NV24"), 24, -2},
   };
   for (const auto& c : cases) {
     Instance instance(MakeFourCC('V', 'T', 'Q', c.variant));
@@ -103,27 +87,23 @@ TEST(Instance, ReleaseIsIdempotent) {
   ReleaseInstance(&instance);
 }
 
+// Each slice as full rows, then "+N" for a partial row of N field lines.
 TEST(SliceLayout, RowsAreDealtRoundRobin) {
-  const struct {
-    int32_t height;
-    SliceRows rows[4];
-  } cases[] = {
-      {32, {{1, false, 0}, {0, false, 0}, {0, false, 0}, {0, false, 0}}},
-      {48, {{1, false, 0}, {0, true, 8}, {0, false, 0}, {0, false, 0}}},
-      {160, {{2, false, 0}, {1, false, 0}, {1, false, 0}, {1, false, 0}}},
-      {480, {{4, false, 0}, {4, false, 0}, {4, false, 0}, {3, false, 0}}},
-      {486, {{4, false, 0}, {4, false, 0}, {4, false, 0}, {3, true, 3}}},
-      {1080, {{9, false, 0}, {8, true, 12}, {8, false, 0}, {8, false, 0}}},
-      {31, {{0, true, 15}, {0, false, 0}, {0, false, 0}, {0, false, 0}}},
-      {33, {{1, false, 0}, {0, true, 0}, {0, false, 0}, {0, false, 0}}},
+  const struct { int32_t height; const char* rows; } cases[] = {
+      {32, "1 0 0 0"}, {48, "1 0+8 0 0"}, {160, "2 1 1 1"}, {480, "4 4 4 3"}, {486, "4 4 4 3+3"},
+      {1080, "9 8+12 8 8"}, {31, "0+15 0 0 0"}, {33, "1 0+0 0 0"},
   };
   for (const auto& c : cases) {
+    std::string rows;
     for (uint32_t s = 0; s < 4; ++s) {
       const SliceRows r = SliceRowsFor(c.height, s);
-      EXPECT_EQ(r.fullRows, c.rows[s].fullRows) << c.height << " slice " << s;
-      EXPECT_EQ(r.hasPartialRow, c.rows[s].hasPartialRow) << c.height << " slice " << s;
-      EXPECT_EQ(r.partialLines, c.rows[s].partialLines) << c.height << " slice " << s;
+      char text[24];
+      std::snprintf(text, sizeof text, r.hasPartialRow ? "%s%d+%d" : "%s%d", s ? " " : "", r.fullRows,
+                    r.partialLines);
+      rows += text;
+      EXPECT_TRUE(r.hasPartialRow || r.partialLines == 0) << c.height;
     }
+    EXPECT_EQ(rows, c.rows) << c.height;
   }
 }
 
@@ -145,9 +125,7 @@ TEST(Kernels, TheOverrideChoosesTheRecordTheWalksGet) {
   EXPECT_EQ(KernelsAt(KernelLevel::kScalar)->forward, &encoder::kForwardKernelsScalar);
   EXPECT_EQ(KernelsAt(KernelLevel::kScalar)->stores, &decoder::kStoreKernelsScalar);
   const Kernels* sse2 = KernelsAt(KernelLevel::kSse2);
-  if (sse2 != nullptr) {
-    EXPECT_EQ(sse2->loaders, encoder::LoaderKernelsSse2());
-  }
+  EXPECT_TRUE(sse2 == nullptr || sse2->loaders == encoder::LoaderKernelsSse2());
   if (const Kernels* avx2 = KernelsAt(KernelLevel::kAvx2)) {
     EXPECT_EQ(avx2->level, KernelLevel::kAvx2);
     EXPECT_NE(sse2, nullptr);

@@ -98,10 +98,8 @@ TEST_F(DecodeFault, FirstFaultIsCapturedOnceAndTheOtherFieldStillDecodes) {
 
   // n * 5 + 1 bytes, n being bytes 0..2 of the frame, run past the stream,
   // and the picture is far below 691200 bytes: both fallback texts.
-  const std::string input = ReadFile("VTQ_Crash_Input");
-  const std::string output = ReadFile("VTQ_Crash_Output");
+  const std::string input = ReadFile("VTQ_Crash_Input"), output = ReadFile("VTQ_Crash_Output");
   EXPECT_EQ(input, "Could Not Read Input Memory.\n");
-  EXPECT_EQ(input.size(), 29u);
   EXPECT_EQ(output, "Could Not Read Outputput Memory.\n");
 
   // A second fault leaves both files as they are.
@@ -141,13 +139,10 @@ TEST(HandFrames, PackedPairsStoreTheRawUnclampedChroma) {
   std::vector<uint8_t> out(kStride * 32, kUntouched);
   test::TestInstance inst(test::FourCC("VTQ2"), kCsYUY2, 16, 32);
   EXPECT_EQ(DecompressFrame(inst.get(), out.data(), nullptr, frame.data(), kStride, frame.size()), 0);
-  for (int32_t y : {0, 30}) {  // field 0: U -3, V 129
-    EXPECT_EQ(out[y * kStride + 1], 253);
-    EXPECT_EQ(out[y * kStride + 3], 255);
-  }
-  for (int32_t y : {1, 31}) {  // field 1: U 256, V 128
-    EXPECT_EQ(out[y * kStride + 1], 0);
-    EXPECT_EQ(out[y * kStride + 3], 129);
+  // Field 0 (even lines): U -3, V 129; field 1: U 256, V 128.
+  for (int32_t y : {0, 1, 30, 31}) {
+    EXPECT_EQ(out[y * kStride + 1], y % 2 ? 0 : 253) << y;
+    EXPECT_EQ(out[y * kStride + 3], y % 2 ? 129 : 255) << y;
   }
   EXPECT_EQ(out[kStride - 1], kUntouched);
 }

@@ -20,19 +20,17 @@ class StreamWriter {
   // Bits given as text in transmission order, e.g. "100" "0110".
   StreamWriter& Bits(const char* text) {
     for (; *text != '\0'; ++text) {
-      if (*text == '0' || *text == '1') PutCode(writer_, static_cast<uint32_t>(*text == '1'), 1);
+      if (*text == '0' || *text == '1') Put(*text == '1', 1);
     }
     return *this;
   }
   StreamWriter& Dc(int32_t diff, bool luma) {
     const DcCodeTable& t = luma ? Tables().dcLuma : Tables().dcChroma;
-    PutCode(writer_, t.code[diff + 2048], t.length[diff + 2048]);
-    return *this;
+    return Put(t.code[diff + 2048], t.length[diff + 2048]);
   }
   StreamWriter& Ac(int32_t run, int32_t level) {
     const uint32_t e = Tables().acCode[run][level + 2048];
-    PutCode(writer_, e >> 8, e & 0xFF);
-    return *this;
+    return Put(e >> 8, e & 0xFF);
   }
   StreamWriter& Eob() { return Bits("0110"); }
   // A block: DC difference, (run, level) pairs, end of block.
@@ -42,13 +40,9 @@ class StreamWriter {
     return Eob();
   }
   StreamWriter& AlphaPair(uint32_t value, uint32_t run) {
-    PutCode(writer_, Tables().alphaPairCode[value][run], Tables().alphaPairLength[value][run]);
-    return *this;
+    return Put(Tables().alphaPairCode[value][run], Tables().alphaPairLength[value][run]);
   }
-  StreamWriter& AlphaEnd() {
-    PutCode(writer_, kAlphaEndMarkerCode, kAlphaEndMarkerLength);
-    return *this;
-  }
+  StreamWriter& AlphaEnd() { return Put(kAlphaEndMarkerCode, kAlphaEndMarkerLength); }
 
   uint32_t BitPos() const { return writer_.bitPos; }
   // The bytes written, rounded up to a whole byte.
@@ -57,6 +51,10 @@ class StreamWriter {
   }
 
  private:
+  StreamWriter& Put(uint32_t code, uint32_t length) {
+    PutCode(writer_, code, length);
+    return *this;
+  }
   std::vector<uint8_t> bytes_;
   BitWriter writer_;
 };

@@ -19,9 +19,7 @@ TEST(AlphaRoundTrip, EveryLastPositionAndDensityReadsBack) {
   std::mt19937 rng(3);
   std::vector<std::vector<uint8_t>> planes;
   for (int last = 0; last < 256; ++last) {  // one odd byte in a flat plane, then nothing
-    std::vector<uint8_t> p(256, 200);
-    p[static_cast<size_t>(last)] = static_cast<uint8_t>(rng());
-    planes.push_back(p);
+    planes.emplace_back(256, 200)[static_cast<size_t>(last)] = static_cast<uint8_t>(rng());
   }
   for (int n = 0; n < 200; ++n) {
     std::vector<uint8_t> p(256);
@@ -35,14 +33,13 @@ TEST(AlphaRoundTrip, EveryLastPositionAndDensityReadsBack) {
   }
   std::vector<uint8_t> stream(planes.size() * 700 + 8);
   BitWriter w{stream.data(), 0, 0, stream.size()};
-  MacroblockScratch enc{};
+  MacroblockScratch enc{}, dec{};
   enc.ResetPredictors();
+  dec.ResetPredictors();
   for (const auto& p : planes) {
     std::memcpy(enc.Alpha(), p.data(), 256);
     encoder::EncodeAlphaPlane(enc, w);
   }
-  MacroblockScratch dec{};
-  dec.ResetPredictors();
   const decoder::StreamView view{stream.data(), stream.size()};
   uint64_t bitPos = 0;
   for (size_t n = 0; n < planes.size(); ++n) {

@@ -47,12 +47,8 @@ TEST(Capacity, DriverFillsAtMostSixBytesAPixelOrRefuses) {
     ASSERT_EQ(advertised, size_t{6} * 64 * 64);
     std::vector<uint8_t> room(advertised + 64, kGuard);
     uint32_t flags = 0;
-    ICCOMPRESS frame{};
-    frame.lpbiOutput = &output;
-    frame.lpOutput = room.data();
-    frame.lpbiInput = &input;
-    frame.lpInput = const_cast<uint8_t*>(picture.data());
-    frame.lpdwFlags = &flags;
+    ICCOMPRESS frame{0, &output, room.data(), &input, const_cast<uint8_t*>(picture.data()), nullptr, &flags,
+                     0, 0, 0, nullptr, nullptr};
     EXPECT_EQ(driver.Send(ICM_COMPRESS, &frame), alpha ? ICERR_BADFORMAT : ICERR_OK);
     EXPECT_LE(output.biSizeImage, advertised);
     EXPECT_TRUE(GuardIntact(room, advertised));

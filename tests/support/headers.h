@@ -9,14 +9,7 @@ namespace vantaro::test {
 
 inline BITMAPINFOHEADER PictureHeader(uint32_t compression, uint16_t bits, int32_t width = 64,
                                       int32_t height = 64) {
-  BITMAPINFOHEADER h{};
-  h.biSize = sizeof h;
-  h.biWidth = width;
-  h.biHeight = height;
-  h.biPlanes = 1;
-  h.biBitCount = bits;
-  h.biCompression = compression;
-  return h;
+  return {sizeof(BITMAPINFOHEADER), width, height, 1, bits, compression, 0, 0, 0, 0, 0};
 }
 
 }  // namespace vantaro::test

@@ -17,9 +17,8 @@ namespace vantaro::test {
 // internal drivers: format fields set by hand, released on destruction.
 class TestInstance {
  public:
-  explicit TestInstance(uint32_t fourcc = 0, uint32_t colorSpace = kCsInvalid, int32_t width = 0,
-                        int32_t height = 0);
-  ~TestInstance();
+  explicit TestInstance(uint32_t fourcc = 0, uint32_t colorSpace = kCsInvalid, int32_t width = 0, int32_t height = 0);
+  ~TestInstance() { ReleaseInstance(&value_); }
   TestInstance(const TestInstance&) = delete;
   TestInstance& operator=(const TestInstance&) = delete;
   CodecInstance* get() { return &value_; }
@@ -32,9 +31,7 @@ class TestInstance {
 
 // The suites' one FourCC helper: from four characters or a four-letter string.
 constexpr uint32_t FourCC(char a, char b, char c, char d) {
-  return static_cast<uint32_t>(static_cast<uint8_t>(a)) | (static_cast<uint32_t>(static_cast<uint8_t>(b)) << 8) |
-         (static_cast<uint32_t>(static_cast<uint8_t>(c)) << 16) |
-         (static_cast<uint32_t>(static_cast<uint8_t>(d)) << 24);
+  return uint32_t(uint8_t(a)) | uint32_t(uint8_t(b)) << 8 | uint32_t(uint8_t(c)) << 16 | uint32_t(uint8_t(d)) << 24;
 }
 constexpr uint32_t FourCC(const char* s) { return FourCC(s[0], s[1], s[2], s[3]); }
 
@@ -42,16 +39,13 @@ constexpr uint32_t FourCC(const char* s) { return FourCC(s[0], s[1], s[2], s[3])
 // that blocks carry DC, low and high frequencies; same seed, same bytes.
 std::vector<uint8_t> PatternBytes(size_t count, uint32_t seed, int32_t lineBytes);
 
-// A frame buffer of any layout: main plane (with the csUYVA alpha plane
-// behind it) and, for the planar layouts, a second plane. Both carry slack
-// after the picture for the planar walks, which read past their lines.
+// A frame of a packed layout, its lines `stride` apart, with 40 lines of
+// pattern below the picture.
 struct Frame {
   std::vector<uint8_t> main;
-  std::vector<uint8_t> chroma;
-  int32_t stride = 0;  // frame line distance of the main plane
+  int32_t stride = 0;
 };
-Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed,
-                int32_t padding = 0);
+Frame MakeFrame(uint32_t colorSpace, int32_t width, int32_t height, uint32_t seed);
 
 uint64_t Fnv1a64(const uint8_t* data, size_t size);
 
@@ -68,13 +62,11 @@ class BitPeek {
  public:
   BitPeek(const uint8_t* data, uint64_t bitPos) : data_(data), pos_(bitPos) {}
   uint32_t Bit() {
-    const uint32_t b = (data_[pos_ >> 3] >> (pos_ & 7)) & 1u;
-    ++pos_;
-    return b;
+    const uint64_t p = pos_++;
+    return (data_[p >> 3] >> (p & 7)) & 1u;
   }
   // `n` bits in transmission order, first on the left, as a string of 0/1.
   std::string Bits(int n);
-  uint64_t position() const { return pos_; }
 
  private:
   const uint8_t* data_;
@@ -85,11 +77,10 @@ class BitPeek {
 
 constexpr uint8_t kGuard = 0xA5;
 constexpr uint32_t kVariantFourCCs[] = {VANTARO_FOURCC_VTQ0, VANTARO_FOURCC_VTQ1, VANTARO_FOURCC_VTQ2,
-                                  VANTARO_FOURCC_VTQ3, VANTARO_FOURCC_VTQ4, VANTARO_FOURCC_VTQ5,
-                                  VANTARO_FOURCC_VTQ7, VANTARO_FOURCC_VTQ9};
-constexpr vantaro_format kPlaneSets[] = {VANTARO_FORMAT_YUV420P, VANTARO_FORMAT_YUVA420P,
-                                         VANTARO_FORMAT_YUV422P, VANTARO_FORMAT_YUVA422P,
-                                         VANTARO_FORMAT_YUV444P, VANTARO_FORMAT_YUVA444P};
+                                        VANTARO_FOURCC_VTQ3, VANTARO_FOURCC_VTQ4, VANTARO_FOURCC_VTQ5,
+                                        VANTARO_FOURCC_VTQ7, VANTARO_FOURCC_VTQ9};
+constexpr vantaro_format kPlaneSets[] = {VANTARO_FORMAT_YUV420P, VANTARO_FORMAT_YUVA420P, VANTARO_FORMAT_YUV422P,
+                                         VANTARO_FORMAT_YUVA422P, VANTARO_FORMAT_YUV444P, VANTARO_FORMAT_YUVA444P};
 // VTQ0, VTQ2 and VTQ4 carry no alpha.
 inline bool StreamHasAlpha(uint32_t fourcc) {
   return fourcc != VANTARO_FOURCC_VTQ0 && fourcc != VANTARO_FOURCC_VTQ2 && fourcc != VANTARO_FOURCC_VTQ4;
@@ -108,9 +99,7 @@ struct Picture {
   vantaro_picture pic{};
   Picture(vantaro_format format, int32_t w, int32_t h);
   Extent Of(int p) const;
-  uint8_t& At(int p, int32_t x, int32_t y) const {
-    return pic.planes[p][static_cast<ptrdiff_t>(y) * pic.strides[p] + x];
-  }
+  uint8_t& At(int p, int32_t x, int32_t y) const { return pic.planes[p][ptrdiff_t(y) * pic.strides[p] + x]; }
   bool GuardsIntact() const;
 };
 
@@ -122,8 +111,8 @@ void Fill(Picture& p, Content content, uint32_t seed = 7);
 double Psnr(const Picture& a, const Picture& b, int plane, int32_t step = 1, int32_t phase = 0);
 
 // A fresh encoder or decoder for one call; the status, and the frame on success.
-vantaro_status Encode(uint32_t fourcc, const vantaro_picture& p, int32_t quality,
-                      std::vector<uint8_t>& frame, const vantaro_options* options = nullptr);
+vantaro_status Encode(uint32_t fourcc, const vantaro_picture& p, int32_t quality, std::vector<uint8_t>& frame,
+                      const vantaro_options* options = nullptr);
 vantaro_status Decode(uint32_t fourcc, const std::vector<uint8_t>& frame, const vantaro_picture& p,
                       vantaro_decode_report* report = nullptr, const vantaro_options* options = nullptr);
 vantaro_options WithThreads(int32_t threads);

@@ -16,10 +16,7 @@ namespace vantaro::test {
 namespace {
 
 TEST(Threads, EverySliceCountGivesOneThreadsBytesSamplesAndDamage) {
-  const struct {
-    uint32_t fourcc;
-    vantaro_format format;
-  } cases[] = {{VANTARO_FOURCC_VTQ1, VANTARO_FORMAT_YUVA420P}, {VANTARO_FOURCC_VTQ7, VANTARO_FORMAT_YUV444P},
+  const struct { uint32_t fourcc; vantaro_format format; } cases[] = {{VANTARO_FOURCC_VTQ1, VANTARO_FORMAT_YUVA420P}, {VANTARO_FOURCC_VTQ7, VANTARO_FORMAT_YUV444P},
                {VANTARO_FOURCC_VTQ9, VANTARO_FORMAT_YUVA422P}, {VANTARO_FOURCC_VTQ2, VANTARO_FORMAT_UYVY}};
   for (const auto& c : cases) {
     Picture in(c.format, 80, 150);
@@ -31,8 +28,8 @@ TEST(Threads, EverySliceCountGivesOneThreadsBytesSamplesAndDamage) {
     vantaro_frame_info info;
     ASSERT_EQ(vantaro_frame_inspect(reference.data(), reference.size(), &info), VANTARO_OK);
     std::vector<uint8_t> damaged = reference;
-    const size_t slice1 = 4 + info.slice_lengths[0];
-    std::fill(damaged.begin() + slice1 + 3, damaged.begin() + slice1 + info.slice_lengths[1], 0xFF);
+    const auto slice1 = damaged.begin() + 4 + info.slice_lengths[0];
+    std::fill(slice1 + 3, slice1 + info.slice_lengths[1], 0xFF);
     Picture decoded(c.format, 80, 150), decodedDamaged(c.format, 80, 150);
     vantaro_decode_report report{};
     ASSERT_EQ(Decode(c.fourcc, reference, decoded.pic, nullptr, &one), VANTARO_OK);
