@@ -203,7 +203,6 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
         {"encode " + y4m + " -o " + (d / "no" / "dir.avi").string(), "", 1, "dir.avi: cannot create"},
         {"encode " + y4m + " -o " + oa + " --fourcc VTQ8", oa, 1, "not a Vantaro variant"},
         {"encode " + y4m, oa, 2, "usage"},
-        {"decode " + (d / "missing.avi").string() + " -o " + o, o, 1, "cannot open"},
         {"decode " + (d / "bad.y4m").string() + " -o " + o, o, 1, "not an AVI file"},
         {"encode " + (d / "mixed_%d.png").string() + " -o " + oa, oa, 1, "every picture must have one size"},
         {"encode " + (d / "alpha_%d.png").string() + " -o " + oa, oa, 1, "alpha_1.png: has alpha, but the sequence's first"},
@@ -213,7 +212,6 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
         {"decode " + ok + " -o " + op, op, 1, "a PNG holds one picture, but 4 frames"},
         {"decode " + ok + " -o " + op + " --frames 1:1 --format yuv420p", op, 1, "PNG holds RGB or RGBA"},
         {"decode " + ok + " -o " + o + " --frames 5:6", o, 1, "expected FIRST:LAST within 0:3"},
-        {"decode " + ok + " -o " + (d / "no" / "dir.y4m").string(), "", 1, "dir.y4m: cannot create"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.args);
