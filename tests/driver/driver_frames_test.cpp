@@ -26,13 +26,8 @@ struct Compressed {
 Compressed Compress(const DriverInstance& d, BITMAPINFOHEADER source, const std::vector<uint8_t>& pic,
                     BITMAPINFOHEADER format, size_t room) {
   Compressed c{0, 0xDEAD, format, std::vector<uint8_t>(room + kGuard, 0xC3)};
-  ICCOMPRESS ic{};
-  ic.lpbiOutput = &c.format;
-  ic.lpOutput = c.out.data();
-  ic.lpbiInput = &source;
-  ic.lpInput = const_cast<uint8_t*>(pic.data());
-  ic.lpdwFlags = &c.flags;
-  ic.dwQuality = 1234;  // never read
+  ICCOMPRESS ic{0, &c.format, c.out.data(), &source, const_cast<uint8_t*>(pic.data()), nullptr, &c.flags, 0, 0,
+                1234 /* never read */, nullptr, nullptr};
   c.result = d.Send(ICM_COMPRESS, &ic, reinterpret_cast<void*>(sizeof ic));
   EXPECT_TRUE(std::all_of(c.out.end() - kGuard, c.out.end(), [](uint8_t b) { return b == 0xC3; }));
   return c;
