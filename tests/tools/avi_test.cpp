@@ -95,7 +95,7 @@ std::vector<uint8_t> ForeignAvi(bool rec_lists, bool with_index) {
     const auto chunk = [&](const char (&id)[5], std::initializer_list<uint32_t> words, size_t zeros, uint8_t fill = 0) {
         p.u32(fourcc(id)), p.u32(uint32_t(words.size() * 4 + zeros));
         for (const uint32_t w : words) p.u32(w);
-        p.bytes.insert(p.bytes.end(), zeros + (zeros & 1), fill);
+        p.bytes.insert(p.bytes.end(), zeros, fill), p.bytes.insert(p.bytes.end(), zeros & 1, 0);
     };
     begin("RIFF", "AVI "), begin("LIST", "hdrl");
     chunk("avih", {}, 56), chunk("JUNK", {}, 3);
