@@ -88,10 +88,11 @@ std::vector<uint8_t> ForeignAvi(bool rec_lists, bool with_index) {
         p.u32(fourcc(type)), open.push_back(p.bytes.size()), p.u32(0), p.u32(fourcc(name));
     };
     const auto end = [&] {
-        for (int i = 0; i < 4; ++i) p.bytes[open.back() + size_t(i)] = uint8_t((p.bytes.size() - open.back() - 4) >> (8 * i));
+        const size_t size = p.bytes.size() - open.back() - 4;
+        for (int i = 0; i < 4; ++i) p.bytes[open.back() + size_t(i)] = uint8_t(size >> (8 * i));
         open.pop_back();
     };
-    // A chunk of these words, then `zeros` zero bytes, padded to even.
+    // A chunk of these words, then `zeros` bytes of `fill`, padded to even.
     const auto chunk = [&](const char (&id)[5], std::initializer_list<uint32_t> words, size_t zeros, uint8_t fill = 0) {
         p.u32(fourcc(id)), p.u32(uint32_t(words.size() * 4 + zeros));
         for (const uint32_t w : words) p.u32(w);
