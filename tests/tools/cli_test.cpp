@@ -18,6 +18,7 @@
 #include "input/png_reader.h"
 #include "input/y4m.h"
 #include "png_maker.h"
+#include "support/pictures.h"
 #include "vantaro/vantaro.h"
 
 #ifdef VANTARO_CLI_PATH
@@ -70,19 +71,12 @@ void WriteY4m(const fs::path& p, const char* header, int frames) {
 
 // The library's own round trip of one frame, in the input's planar format.
 std::vector<uint8_t> LibraryRoundTrip(uint32_t fourcc, vantaro_format fmt, const Y4mFormat& f, std::vector<uint8_t> in) {
-    vantaro_encoder* enc = nullptr;
-    vantaro_decoder* dec = nullptr;
-    EXPECT_EQ(vantaro_encoder_create(fourcc, f.width, f.height, 96, nullptr, &enc), VANTARO_OK);
-    EXPECT_EQ(vantaro_decoder_create(fourcc, f.width, f.height, nullptr, &dec), VANTARO_OK);
     vantaro_picture pic;
+    std::vector<uint8_t> coded, out(in.size());
     EXPECT_EQ(vantaro_picture_fill(&pic, fmt, f.width, f.height, in.data(), in.size()), VANTARO_OK);
-    std::vector<uint8_t> coded(vantaro_frame_bound(fourcc, f.width, f.height)), out(in.size());
-    size_t n = 0;
-    EXPECT_EQ(vantaro_encode(enc, &pic, coded.data(), coded.size(), &n), VANTARO_OK);
+    EXPECT_EQ(test::Encode(fourcc, pic, 96, coded), VANTARO_OK);
     EXPECT_EQ(vantaro_picture_fill(&pic, fmt, f.width, f.height, out.data(), out.size()), VANTARO_OK);
-    EXPECT_EQ(vantaro_decode(dec, coded.data(), n, &pic, nullptr), VANTARO_OK);
-    vantaro_encoder_destroy(enc);
-    vantaro_decoder_destroy(dec);
+    EXPECT_EQ(test::Decode(fourcc, coded, pic), VANTARO_OK);
     return out;
 }
 
@@ -275,14 +269,10 @@ TEST(Cli, BenchPrintsTheChosenVariantWithTheLibrarysBitsPerPixel) {
     line >> variant >> chroma >> encodeRate >> encodeBlocks >> decodeRate >> decodeBlocks >> bits;
     EXPECT_TRUE(encodeRate > 0 && decodeBlocks > 0) << out;
     vantaro_picture p{};
-    vantaro_encoder* encoder = nullptr;
-    std::vector<uint8_t> frame(vantaro_frame_bound(fourcc, kWidth, kHeight));
-    size_t written = 0;
+    std::vector<uint8_t> frame;
     ASSERT_EQ(vantaro_picture_fill(&p, VANTARO_FORMAT_YUV422P, kWidth, kHeight, picture.data(), picture.size()), VANTARO_OK);
-    ASSERT_EQ(vantaro_encoder_create(fourcc, kWidth, kHeight, 96, nullptr, &encoder), VANTARO_OK);
-    EXPECT_EQ(vantaro_encode(encoder, &p, frame.data(), frame.size(), &written), VANTARO_OK);
-    vantaro_encoder_destroy(encoder);
-    EXPECT_NEAR(bits, double(written) * 8.0 / (kWidth * kHeight), 0.0005);
+    ASSERT_EQ(test::Encode(fourcc, p, 96, frame), VANTARO_OK);
+    EXPECT_NEAR(bits, double(frame.size()) * 8.0 / (kWidth * kHeight), 0.0005);
 
     for (const auto& [args, says] : {std::pair<std::string, const char*>{"--fourcc VTQ6 x.png", "not a Vantaro variant"},
                                      {(d / "in.y4m").string() + " --seconds 0", "--seconds"},
