@@ -1,6 +1,8 @@
 // The message table, opening and closing, the identity record and quality.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "driver_host_session.h"
 
 #include "codec/allocation.h"
@@ -62,8 +64,7 @@ TEST(DriverEntry, OpenAndTheLastOpenedHandler) {
   EXPECT_EQ(std::u16string(info.szDescription), u"Quorin Vantaro Video Codec");
   EXPECT_EQ(std::u16string(info.szName), u"QR CoDec");
   EXPECT_EQ(info.szDriver[0], 0x5A5A);  // the caller's
-  EXPECT_EQ(info.dwFlags, 0xA9u);
-  EXPECT_EQ(info.dwVersionICM, 0x104u);
+  EXPECT_EQ(std::tie(info.dwFlags, info.dwVersionICM), std::make_tuple(0xA9u, 0x104u));
   const int64_t bare = Send(0, DRV_OPEN);
   ASSERT_NE(bare, 0);
   EXPECT_EQ(Send(bare, DRV_CLOSE), 1);

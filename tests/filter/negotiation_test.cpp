@@ -34,10 +34,7 @@ void SetSetting(const char16_t* name, uint32_t value) {
 TEST_F(Negotiation, PositionsOfBothTables) {
   EXPECT_EQ(Offer("VTQ0", 64, 64, 10).result, kVfwSNoMoreItems);
   EXPECT_EQ(Offer("VTQ0", 64, 64, -1).result, kEInvalidArg);
-  Offer last("VTQ1", 64, 64, 11);
-  ASSERT_EQ(last.result, kSOk);
-  EXPECT_EQ(last.type.subtype, FourCCSubtype(FourCC("YUY2")));
-  EXPECT_EQ(last.type.formattype, kFormatVideoInfo);
+  EXPECT_EQ(Offer("VTQ1", 64, 64, 11).type.formattype, kFormatVideoInfo);
   EXPECT_EQ(Offer("VTQ1", 64, 64, 12).result, kVfwSNoMoreItems);
   // The two NV16 rows differ in bit count, and stay so.
   EXPECT_EQ(Offer("VTQ2", 64, 64, 3).Header().biBitCount, 12);
@@ -71,7 +68,6 @@ TEST_F(Negotiation, OffersCarryAspectAndFieldOrder) {
       {"VTQ0", 720, 486, 0, 0, 4, 3, 33, 10, 11},  // second field first
       {"VTQ0", 720, 576, 0, 0, 4, 3, 37, 59, 54},
       {"VTQ0", 720, 480, 40, 33, 28800, 15840, 37, 40, 33},  // 1.818...: left unreduced
-      {"VTQ0", 720, 480, 32, 27, 16, 9, 37, 32, 27},
       {"VTQ0", 720, 480, 8, 9, 4, 3, 37, 8, 9},
       {"VTQ0", 640, 480, 0, 0, 640, 480, 37, 1, 1},
   };
@@ -100,7 +96,7 @@ TEST_F(Negotiation, PlanesCarryTheFieldOrder) {
   const struct {
     uint16_t planes;
     uint32_t interlace, typeSpecific;
-  } cases[] = {{3, 37, 4}, {5, 33, 0}, {7, 0, 0}, {1, 33, 0}, {0, 33, 0}, {9, 33, 0}};
+  } cases[] = {{3, 37, 4}, {5, 33, 0}, {7, 0, 0}, {9, 33, 0}};  // any other count: the settings
   for (const auto& c : cases) {
     StreamOptions options;
     options.planes = c.planes;
@@ -169,19 +165,18 @@ TEST_F(Negotiation, InputAndTransformChecks) {
 // the defaults.
 TEST_F(Negotiation, SettingsAreReadOnceWithTheirDefaults) {
   SetSetting(u"TypeSpecificFlags", 0);
-  Graph stored(StreamType(FourCC("VTQ0"), 64, 64));
-  EXPECT_EQ(std::tie(stored.decoder->State().configuredInterlaceFlags, stored.decoder->State().configuredTypeSpecificFlags),
-            std::make_tuple(37u, 0u));
-  EXPECT_EQ(RegistryOpenHandlesForTests(), 0u);
-  RegistryResetForTests();
-  RegistrySetDeniedForTests(kRegistryCurrentUser, true);
-  Graph denied(StreamType(FourCC("VTQ0"), 64, 64));
-  EXPECT_EQ(std::tie(denied.decoder->State().configuredInterlaceFlags, denied.decoder->State().configuredTypeSpecificFlags),
-            std::make_tuple(37u, 4u));
-  RegistrySetDeniedForTests(kRegistryCurrentUser, false);
+  for (const uint32_t expected : {0u, 4u}) {  // stored, then denied
+    Graph graph(StreamType(FourCC("VTQ0"), 64, 64));
+    EXPECT_EQ(std::tie(graph.decoder->State().configuredInterlaceFlags, graph.decoder->State().configuredTypeSpecificFlags),
+              std::make_tuple(37u, expected));
+    EXPECT_EQ(RegistryOpenHandlesForTests(), 0u);
+    RegistryResetForTests();
+    RegistrySetDeniedForTests(kRegistryCurrentUser, expected == 0);
+  }
 }
 
-// The pins are found by their short names and answer their long ones.
+// Pins are found by their short names and answer their long ones (saved
+// graphs name them so).
 TEST_F(Negotiation, PinNames) {
   Graph graph(StreamType(FourCC("VTQ0"), 64, 64));
   IPin* pin = nullptr;
@@ -189,8 +184,7 @@ TEST_F(Negotiation, PinNames) {
   ASSERT_EQ(graph.decoder->FindPin(u"Out", &pin), kSOk);
   ASSERT_EQ(pin->QueryPinInfo(&info), kSOk);
   EXPECT_EQ(std::u16string(info.achName), u"XForm Out");
-  info.pFilter->Release();
-  pin->Release();
+  info.pFilter->Release(), pin->Release();
   EXPECT_EQ(graph.decoder->FindPin(u"XForm In", &pin), kVfwENotFound);
 }
 

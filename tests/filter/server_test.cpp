@@ -102,9 +102,8 @@ TEST_F(Registration, WritesExactlyTheClassKeysAndTheFilterDescription) {
   const std::vector<MappedFilter> filters = MappedFiltersForTests();
   ASSERT_EQ(filters.size(), 1u);
   const MappedFilter& filter = filters[0];
-  EXPECT_EQ(filter.clsid, kClsidVantaroDecoder);
-  EXPECT_EQ(filter.name, u"Quorin Vantaro Decoder");
-  EXPECT_EQ(filter.merit, 0x00800000u);
+  EXPECT_TRUE(filter.clsid == kClsidVantaroDecoder && filter.name == u"Quorin Vantaro Decoder" &&
+              filter.merit == 0x00800000u);
   ASSERT_EQ(filter.pins.size(), 2u);
   const MappedPin& input = filter.pins[0];
   const MappedPin& output = filter.pins[1];

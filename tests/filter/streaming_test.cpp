@@ -88,8 +88,7 @@ TEST_F(Streaming, SampleTimesAndFlagsAreRewritten) {
   ASSERT_EQ(graph.Run(), kSOk);
   PushFlags marked;
   marked.timed = marked.discontinuity = marked.preroll = true;
-  marked.start = 1000;
-  marked.stop = 2000;
+  std::tie(marked.start, marked.stop) = std::make_tuple(1000, 2000);
   ASSERT_EQ(graph.source->Push(Frame(fourcc, 0)), kSOk);
   ASSERT_EQ(graph.source->Push(Frame(fourcc, 1), marked), kSOk);
   ASSERT_EQ(graph.sink->received.size(), 2u);

@@ -83,52 +83,41 @@ TEST(Avi, WriterReaderRoundTripAcrossSegments) {
 // JUNK, no handler, a top-down picture, optional rec lists and a partial index.
 std::vector<uint8_t> ForeignAvi(bool rec_lists, bool with_index) {
     Packer p;
-    std::vector<size_t> open;
+    std::vector<size_t> open;  // where each open list's size goes
     const auto begin = [&](const char (&type)[5], const char (&name)[5]) {
-        p.u32(fourcc(type));
-        open.push_back(p.bytes.size());
-        p.u32(0);
-        p.u32(fourcc(name));
+        p.u32(fourcc(type)), open.push_back(p.bytes.size()), p.u32(0), p.u32(fourcc(name));
     };
     const auto end = [&] {
-        const uint32_t size = uint32_t(p.bytes.size() - open.back() - 4);
+        const size_t size = p.bytes.size() - open.back() - 4;
         for (int i = 0; i < 4; ++i) p.bytes[open.back() + size_t(i)] = uint8_t(size >> (8 * i));
         open.pop_back();
     };
-    const auto chunk = [&](const char (&id)[5], const std::vector<uint8_t>& body) {
-        p.u32(fourcc(id));
-        p.u32(uint32_t(body.size()));
-        p.bytes.insert(p.bytes.end(), body.begin(), body.end());
-        if (body.size() & 1) p.u8(0);
+    // A chunk of these words, then `zeros` bytes of `fill`, padded to even.
+    const auto chunk = [&](const char (&id)[5], std::initializer_list<uint32_t> words, size_t zeros, uint8_t fill = 0) {
+        p.u32(fourcc(id)), p.u32(uint32_t(words.size() * 4 + zeros));
+        for (const uint32_t w : words) p.u32(w);
+        p.bytes.insert(p.bytes.end(), zeros, fill), p.bytes.insert(p.bytes.end(), zeros & 1, 0);
     };
-    const auto fields = [](std::initializer_list<uint32_t> words, size_t zeros) {
-        Packer f;
-        for (const uint32_t w : words) f.u32(w);
-        f.zeros(zeros);
-        return f.bytes;
-    };
-    begin("RIFF", "AVI ");
-    begin("LIST", "hdrl");
-    chunk("avih", std::vector<uint8_t>(56));
-    chunk("JUNK", std::vector<uint8_t>(3));
+    begin("RIFF", "AVI "), begin("LIST", "hdrl");
+    chunk("avih", {}, 56), chunk("JUNK", {}, 3);
+    begin("LIST", "strl"), chunk("strh", {fourcc("auds")}, 52), end();
     begin("LIST", "strl");
-    chunk("strh", fields({fourcc("auds")}, 52));
-    end();
-    begin("LIST", "strl");
-    chunk("strh", fields({fourcc("vids"), 0, 0, 0, 0, 1, 24}, 28));  // no handler; rate 24
+    chunk("strh", {fourcc("vids"), 0, 0, 0, 0, 1, 24}, 28);  // no handler; rate 24
     // 64 wide, 16 high top-down (a negative height), one plane of 24 bits.
-    chunk("strf", fields({40, 64, uint32_t(-16), 1 | 24 << 16, fourcc("vtq0")}, 20));
-    end();
-    end();
+    chunk("strf", {40, 64, uint32_t(-16), 1 | 24 << 16, fourcc("vtq0")}, 20);
+    end(), end();
     begin("LIST", "movi");
     for (size_t i = 0; i < 5; ++i) {
         if (rec_lists) begin("LIST", "rec ");
-        chunk("00wb", std::vector<uint8_t>(7, 9));
-        chunk("01dc", FrameBytes(i + 1));
+        chunk("00wb", {}, 7, 9);
+        const std::vector<uint8_t> frame = FrameBytes(i + 1);
+        p.u32(fourcc("01dc")), p.u32(uint32_t(frame.size()));
+        p.bytes.insert(p.bytes.end(), frame.begin(), frame.end());
+        if (frame.size() & 1) p.u8(0);
         if (rec_lists) end();
     }
     end();
-    if (with_index) chunk("idx1", std::vector<uint8_t>(16));  // partial
+    if (with_index) chunk("idx1", {}, 16);  // partial
     end();
     return p.bytes;
 }

@@ -73,8 +73,7 @@ TEST(Y4m, CutStreamsAreReported) {
     {
         OutputFile out(path);
         Y4mWriter w(out.file(), f);
-        w.write(frame.data());
-        w.write(frame.data());
+        for (int i = 0; i < 2; ++i) w.write(frame.data());
         out.commit();
     }
     std::filesystem::resize_file(path, std::filesystem::file_size(path) - 1);
