@@ -9,12 +9,16 @@
 #include <cstring>
 
 // For the few hot helpers whose state must stay in registers across calls.
+// And for their rare paths, kept out of the hot loop's registers.
 #if defined(__GNUC__)
 #define VANTARO_FORCE_INLINE [[gnu::always_inline]] inline
+#define VANTARO_NOINLINE [[gnu::noinline]]
 #elif defined(_MSC_VER)
 #define VANTARO_FORCE_INLINE __forceinline
+#define VANTARO_NOINLINE __declspec(noinline)
 #else
 #define VANTARO_FORCE_INLINE inline
+#define VANTARO_NOINLINE
 #endif
 
 namespace vantaro {

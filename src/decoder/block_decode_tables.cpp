@@ -110,7 +110,9 @@ void BuildAc(BlockDecodeTables& t) {
     }
   }
   for (int32_t k = 0; k < 4096; ++k) t.escapeLevel[k] = static_cast<int16_t>(k - 2048);
-  std::memcpy(t.scanOrder, ZigzagScan, sizeof t.scanOrder);
+  std::memset(t.scanOrder, 0, sizeof t.scanOrder);
+  std::memcpy(t.scanOrder, ZigzagScan, 64);
+  t.scanOrder[kEndStep] = 1;
   // 6: the walked table. A code is whole inside the index when its length
   // fits the bits left; codes form a prefix tree, so the index's zero fill
   // above those bits cannot change which code it is.
@@ -127,7 +129,7 @@ void BuildAc(BlockDecodeTables& t) {
     const Single first = single(i);
     uint64_t e = first.length;
     if (first.end) {
-      e |= kAcPairEnd;
+      e |= kAcPairThenEnd | (uint64_t{kEndStep} << 8) | (uint64_t{static_cast<uint16_t>(kNoAcMark)} << 32);
     } else if (first.unfinished) {
       e |= first.length == 24 ? kAcPairEscape | (uint64_t{first.step} << 8) : kAcPairLong;
     } else {

@@ -27,13 +27,15 @@ constexpr int16_t kNoAcMark = 0x4000;    // at raster index 1: the block had no 
 // step (run + 1; the escape's own run from its index), one byte move away;
 // 16..23: flags; 24..31: the second code's step (0: none); 32..47 and
 // 48..63: their levels. A long code or the escape stands alone and takes its
-// run or level from further bits, the flags say which.
+// run or level from further bits, the flags say which. An index opening with
+// the end of block is an entry of step kEndStep and level kNoAcMark that
+// ends the block (see DecodeBlock).
 constexpr uint64_t kAcPairLength = 0xFF;
-constexpr uint64_t kAcPairEnd = 0x10000;      // the index opens with end of block
 constexpr uint64_t kAcPairLong = 0x20000;     // seven leading zeros: second-level table
 constexpr uint64_t kAcPairEscape = 0x40000;   // the escape: level in bits 12..23
-constexpr uint64_t kAcPairThenEnd = 0x80000;  // end of block follows the first code
-constexpr uint64_t kAcPairSlow = kAcPairEnd | kAcPairLong | kAcPairEscape;
+constexpr uint64_t kAcPairThenEnd = 0x80000;  // the block ends with this entry
+constexpr uint64_t kAcPairSlow = kAcPairLong | kAcPairEscape;
+constexpr uint32_t kEndStep = 192;
 
 struct BlockDecodeTables {
   uint64_t acPair[4096];
@@ -45,7 +47,9 @@ struct BlockDecodeTables {
   uint8_t acLongRun[4096];    // bits 7..18, for codes opening with seven zeros
   int8_t acLongLevel[4096];
   int16_t escapeLevel[4096];  // bits 12..23: the biased level field
-  uint8_t scanOrder[64];
+  // Scan position to raster index: zigzag for 0..63; past it (see
+  // DecodeBlock) raster 0, except 192, raster 1.
+  uint8_t scanOrder[256];
 };
 
 // Built by rule from the canonical code rows on first use; constant after.

@@ -20,8 +20,12 @@ struct StreamView {
   const uint8_t* base;
   size_t size;
 
-  uint64_t Load64(uint64_t byte) const {
-    if (byte + 8 <= size) return LoadLe64(base + byte);
+  VANTARO_FORCE_INLINE uint64_t Load64(uint64_t byte) const {
+    if (byte + 8 <= size) [[likely]] return LoadLe64(base + byte);
+    return LoadTail64(byte);
+  }
+  // The last few words of the slice: only the bytes before `size`.
+  VANTARO_NOINLINE uint64_t LoadTail64(uint64_t byte) const {
     return byte < size ? LoadLeBounded(base + byte, base + size, 8) : 0;
   }
   uint32_t Load32(uint64_t byte) const {
@@ -31,65 +35,68 @@ struct StreamView {
   uint64_t SizeInBits() const { return static_cast<uint64_t>(size) * 8; }
 };
 
-// The stream from the current position on, next bit in bit 0. `offset` is
-// the bits consumed since the 32-bit word at which the window was loaded.
+// The stream from the current position on, next bit in bit 0. A refill
+// tops the window up to at least 56 good bits without a branch: it ORs in
+// the eight bytes at `byte_` above the bits it holds and steps `byte_` over
+// the whole bytes it took. Bits above `count_` are zero or already the
+// stream's own, so ORing them again changes nothing.
 class BitWindow {
  public:
-  BitWindow(const StreamView& stream, uint64_t bitPos)
-      : stream_(stream), wordIndex_(bitPos >> 5), offset_(static_cast<uint32_t>(bitPos & 31)) {
-    window_ = stream_.Load64(wordIndex_ * 4) >> offset_;
+  VANTARO_FORCE_INLINE BitWindow(const StreamView& stream, uint64_t bitPos)
+      : stream_(stream), byte_(bitPos >> 3) {
+    Refill();
+    Consume(static_cast<uint32_t>(bitPos & 7));
   }
 
-  // With `offset` at most 40 the window holds 24 good bits, the longest code.
-  // `offset` never exceeds 64 here, so one step back by a word is enough.
   VANTARO_FORCE_INLINE void Refill() {
-    if (offset_ > 40) {
-      ++wordIndex_;
-      offset_ -= 32;
-      window_ = stream_.Load64(wordIndex_ * 4) >> offset_;
-    }
+    window_ |= stream_.Load64(byte_) << count_;
+    byte_ += (63 - count_) >> 3;
+    count_ |= 56;
   }
+  // `n` at most the good bits: 56 after a refill, minus what was consumed.
   VANTARO_FORCE_INLINE void Consume(uint32_t n) {
-    offset_ += n;
+    count_ -= n;
     window_ >>= n;
   }
   uint64_t Bits() const { return window_; }
-  uint64_t Position() const { return wordIndex_ * 32 + offset_; }
+  uint64_t Position() const { return byte_ * 8 - count_; }
 
  private:
   StreamView stream_;
-  uint64_t wordIndex_;
-  uint32_t offset_;
-  uint64_t window_;
+  uint64_t byte_;  // the first byte not yet wholly in the window
+  uint32_t count_ = 0;
+  uint64_t window_ = 0;
 };
 
 // Reads one block's DC difference, AC codes and end of block into `block`,
 // which is already cleared. False when a run would carry the scan past 63:
 // the block memory would be left. Forced inline so that the window stays in
 // registers across a macroblock's blocks.
+//
+// The walk has one exit test a lookup: the end of block rides in the entry
+// (after a code, or alone) and moves the scan 192 on, past where any run
+// can reach. Such a position, and the out-of-range ones a bad run reaches
+// before it is caught, scan to raster 0, whose DC is stored last; 192 itself,
+// an end straight after the DC, scans to raster 1 and leaves the mark the
+// transform's shortcut looks for.
 VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc,
                                       BitWindow& win, int16_t* block) {
+  // One refill covers the DC (21 bits at most) and the first AC lookup (24).
   win.Refill();
-  uint32_t w = static_cast<uint32_t>(win.Bits());
-  uint32_t index = w & 0xFFF;
+  const uint32_t w = static_cast<uint32_t>(win.Bits());
+  const uint32_t index = w & 0xFFF;
   const uint32_t dcLength = dc.length[index];
   win.Consume(dcLength);
-  if (dcLength < 12) {
-    block[0] = dc.shortDiff[index];
+  int16_t dcDiff;
+  if (dcLength < 12) [[likely]] {
+    dcDiff = dc.shortDiff[index];
   } else if (dcLength <= 17) {
-    block[0] = dc.midDiff[(w >> 5) & 0xFFF];
+    dcDiff = dc.midDiff[(w >> 5) & 0xFFF];
   } else {
-    block[0] = dc.longDiff[(w >> 8) & 0x1FFF];
+    dcDiff = dc.longDiff[(w >> 8) & 0x1FFF];
   }
 
-  win.Refill();
-  w = static_cast<uint32_t>(win.Bits());
-  uint64_t e = t.acPair[w & 0xFFF];
-  if (e & kAcPairEnd) {
-    block[1] = kNoAcMark;  // end of block straight after the DC: the transform's shortcut
-    win.Consume(static_cast<uint32_t>(e & kAcPairLength));
-    return true;
-  }
+  uint64_t e = t.acPair[win.Bits() & 0xFFF];
   // scanPos is the last position written, the DC's 0 at first; a code moves
   // it by its run + 1.
   uint32_t scanPos = 0;
@@ -97,7 +104,6 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
     if (e & kAcPairSlow) [[unlikely]] {
       const uint32_t bits = static_cast<uint32_t>(win.Bits());
       win.Consume(static_cast<uint32_t>(e & kAcPairLength));
-      if (e & kAcPairEnd) return true;
       uint32_t step;
       int32_t level;
       if (e & kAcPairLong) {
@@ -117,14 +123,18 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
       // lands on the same place after it.
       const uint32_t first = scanPos + (static_cast<uint32_t>(e >> 8) & 0xFF);
       scanPos = first + (static_cast<uint32_t>(e) >> 24);
-      if (scanPos > 63) return false;
       block[t.scanOrder[scanPos]] = static_cast<int16_t>(e >> 48);
       block[t.scanOrder[first]] = static_cast<int16_t>(e >> 32);
-      if (e & kAcPairThenEnd) return true;
+      if (e & kAcPairThenEnd) break;
+      if (scanPos > 63) return false;
     }
     win.Refill();
     e = t.acPair[win.Bits() & 0xFFF];
   }
+  // Ended well: at most 63 after a code, or 192 on from there after a lone end.
+  if (scanPos - 64u < 128u) return false;
+  block[0] = dcDiff;
+  return true;
 }
 
 // Decodes the blocks of `Order` in stream order; `bitPos` moves past them.

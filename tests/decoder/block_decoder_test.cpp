@@ -141,8 +141,8 @@ TEST(AlphaReader, RandomPairsReadBack) {
 }
 
 // The window against a plain bit-by-bit reading of the same stream, over
-// random consumption: each refill (offset above 40, never at 40) must leave
-// the next 24 bits exact, also where the stream ends and zeros stand in.
+// random consumption: each refill must leave the next 56 bits exact, also
+// where the stream ends and zeros stand in.
 TEST(BitWindow, MatchesTheStreamBitForBit) {
   std::mt19937 rng(7);
   std::vector<uint8_t> bytes(301);
@@ -156,9 +156,9 @@ TEST(BitWindow, MatchesTheStreamBitForBit) {
     while (pos < bytes.size() * 8 + 64) {
       win.Refill();
       ASSERT_EQ(win.Position(), pos);
-      uint32_t expected = 0;
-      for (uint32_t i = 0; i < 24; ++i) expected |= bitAt(pos + i) << i;
-      ASSERT_EQ(static_cast<uint32_t>(win.Bits()) & 0xFFFFFF, expected) << "at " << pos;
+      uint64_t expected = 0;
+      for (uint32_t i = 0; i < 56; ++i) expected |= uint64_t{bitAt(pos + i)} << i;
+      ASSERT_EQ(win.Bits() & ((uint64_t{1} << 56) - 1), expected) << "at " << pos;
       const uint32_t n = 1 + rng() % 24;
       win.Consume(n);
       pos += n;
