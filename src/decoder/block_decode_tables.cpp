@@ -112,7 +112,6 @@ void BuildAc(BlockDecodeTables& t) {
   for (int32_t k = 0; k < 4096; ++k) t.escapeLevel[k] = static_cast<int16_t>(k - 2048);
   std::memset(t.scanOrder, 0, sizeof t.scanOrder);
   std::memcpy(t.scanOrder, ZigzagScan, 64);
-  t.scanOrder[kEndStep] = 1;
   // 6: the walked table. A code is whole inside the index when its length
   // fits the bits left; codes form a prefix tree, so the index's zero fill
   // above those bits cannot change which code it is.
@@ -125,15 +124,16 @@ void BuildAc(BlockDecodeTables& t) {
     return Single{t.acLength[i] & 0x7Fu, (t.acRun[i] & 0x3Fu) + 1u, t.acLevel[i],
                   (t.acLength[i] & kAcEndOfBlock) != 0, (t.acRun[i] & kAcUnfinished) != 0};
   };
+  const auto level = [](int32_t v, uint32_t at) { return (static_cast<uint32_t>(v) & 31u) << at; };
   for (uint32_t i = 0; i < 4096; ++i) {
     const Single first = single(i);
-    uint64_t e = first.length;
+    uint32_t e = first.length;
     if (first.end) {
-      e |= kAcPairThenEnd | (uint64_t{kEndStep} << 8) | (uint64_t{static_cast<uint16_t>(kNoAcMark)} << 32);
+      e |= kAcPairThenEnd | (kEndStep << 8);
     } else if (first.unfinished) {
-      e |= first.length == 24 ? kAcPairEscape | (uint64_t{first.step} << 8) : kAcPairLong;
+      e |= first.length == 24 ? kAcPairEscape | (first.step << 8) : kAcPairLong;
     } else {
-      e |= (uint64_t{first.step} << 8) | (uint64_t{static_cast<uint16_t>(first.level)} << 32);
+      e |= (first.step << 8) | level(first.level, 22);
       const Single second = single(i >> first.length);
       if (second.length <= 12 - first.length) {
         if (second.end) {
@@ -141,7 +141,7 @@ void BuildAc(BlockDecodeTables& t) {
           e |= kAcPairThenEnd;
         } else if (!second.unfinished) {
           e += second.length;
-          e |= (uint64_t{second.step} << 24) | (uint64_t{static_cast<uint16_t>(second.level)} << 48);
+          e |= (second.step << 16) | level(second.level, 27);
         }
       }
     }

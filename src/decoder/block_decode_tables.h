@@ -20,25 +20,31 @@ constexpr uint8_t kAcEndOfBlock = 0x80;  // in acLength: end of block, length in
 constexpr uint8_t kAcUnfinished = 0x80;  // in acRun: a long code or the escape follows
 constexpr int16_t kNoAcMark = 0x4000;    // at raster index 1: the block had no AC code
 
-// The AC table the block decoder walks, one 64-bit entry per 12-bit index.
+// The AC table the block decoder walks, one 32-bit entry per 12-bit index
+// (16 KiB, so that it stays in the first-level cache beside the DC tables).
 // When the index holds a whole short code and, after it, another whole short
 // code or the end of block, the entry gives both, so common pairs cost one
-// load. Bits 0..7: the bits the entry consumes; 8..15: the first code's scan
-// step (run + 1; the escape's own run from its index), one byte move away;
-// 16..23: flags; 24..31: the second code's step (0: none); 32..47 and
-// 48..63: their levels. A long code or the escape stands alone and takes its
-// run or level from further bits, the flags say which. An index opening with
-// the end of block is an entry of step kEndStep and level kNoAcMark that
-// ends the block (see DecodeBlock).
-constexpr uint64_t kAcPairLength = 0xFF;
-constexpr uint64_t kAcPairLong = 0x20000;     // seven leading zeros: second-level table
-constexpr uint64_t kAcPairEscape = 0x40000;   // the escape: level in bits 12..23
-constexpr uint64_t kAcPairThenEnd = 0x80000;  // the block ends with this entry
-constexpr uint64_t kAcPairSlow = kAcPairLong | kAcPairEscape;
+// load. Bits 0..4: the bits the entry consumes; 5..7: flags; 8..15: the
+// first code's scan step (run + 1; the escape's own run from its index), one
+// byte move away; 16..21: the second code's step (0: none); 22..26 and
+// 27..31: their levels, signed. Codes of twelve bits or fewer have runs up to
+// 16 and levels up to 15, which these fields hold. A long code or the escape
+// stands alone and takes its run or level from further bits, the flags say
+// which. An index opening with the end of block is an entry of step
+// kEndStep that ends the block (see DecodeBlock).
+constexpr uint32_t kAcPairLength = 0x1F;
+constexpr uint32_t kAcPairLong = 0x20;     // seven leading zeros: second-level table
+constexpr uint32_t kAcPairEscape = 0x40;   // the escape: level in bits 12..23
+constexpr uint32_t kAcPairThenEnd = 0x80;  // the block ends with this entry
+constexpr uint32_t kAcPairSlow = kAcPairLong | kAcPairEscape;
 constexpr uint32_t kEndStep = 192;
+constexpr uint32_t AcPairStep1(uint32_t e) { return (e >> 8) & 0xFF; }
+constexpr uint32_t AcPairStep2(uint32_t e) { return (e >> 16) & 0x3F; }
+constexpr int32_t AcPairLevel1(uint32_t e) { return static_cast<int32_t>(e << 5) >> 27; }
+constexpr int32_t AcPairLevel2(uint32_t e) { return static_cast<int32_t>(e) >> 27; }
 
 struct BlockDecodeTables {
-  uint64_t acPair[4096];
+  uint32_t acPair[4096];
   DcDecodeTables dcLuma;
   DcDecodeTables dcChroma;
   uint8_t acLength[4096];
@@ -47,8 +53,8 @@ struct BlockDecodeTables {
   uint8_t acLongRun[4096];    // bits 7..18, for codes opening with seven zeros
   int8_t acLongLevel[4096];
   int16_t escapeLevel[4096];  // bits 12..23: the biased level field
-  // Scan position to raster index: zigzag for 0..63; past it (see
-  // DecodeBlock) raster 0, except 192, raster 1.
+  // Scan position to raster index: zigzag for 0..63, raster 0 past it (see
+  // DecodeBlock).
   uint8_t scanOrder[256];
 };
 

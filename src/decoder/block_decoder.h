@@ -68,17 +68,51 @@ class BitWindow {
   uint64_t window_ = 0;
 };
 
+enum class Entry { kMore, kEnd, kFault };
+
+// Reads one entry of the walked table: a long code or escape, or up to two
+// short codes, or a code and the end of block, or the end alone. kFault when
+// a run would carry the scan past 63: the block memory would be left.
+VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, BitWindow& win, int16_t* block,
+                                     uint32_t& scanPos) {
+  const uint32_t bits = static_cast<uint32_t>(win.Bits());
+  const uint32_t e = t.acPair[bits & 0xFFF];
+  win.Consume(e & kAcPairLength);
+  if (e & kAcPairSlow) [[unlikely]] {
+    uint32_t step;
+    int32_t level;
+    if (e & kAcPairLong) {
+      const uint32_t k = (bits >> 7) & 0xFFF;
+      step = t.acLongRun[k] + 1u;
+      level = t.acLongLevel[k];
+    } else {
+      step = AcPairStep1(e);
+      level = t.escapeLevel[(bits >> 12) & 0xFFF];
+    }
+    scanPos += step;
+    if (scanPos > 63) return Entry::kFault;
+    block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
+    return Entry::kMore;
+  }
+  // Second code first: without one its step is 0 and the first's level
+  // lands on the same place after it.
+  const uint32_t first = scanPos + AcPairStep1(e);
+  scanPos = first + AcPairStep2(e);
+  block[t.scanOrder[scanPos]] = static_cast<int16_t>(AcPairLevel2(e));
+  block[t.scanOrder[first]] = static_cast<int16_t>(AcPairLevel1(e));
+  if (e & kAcPairThenEnd) return Entry::kEnd;
+  return scanPos > 63 ? Entry::kFault : Entry::kMore;
+}
+
 // Reads one block's DC difference, AC codes and end of block into `block`,
 // which is already cleared. False when a run would carry the scan past 63:
 // the block memory would be left. Forced inline so that the window stays in
 // registers across a macroblock's blocks.
 //
 // The walk has one exit test a lookup: the end of block rides in the entry
-// (after a code, or alone) and moves the scan 192 on, past where any run
-// can reach. Such a position, and the out-of-range ones a bad run reaches
-// before it is caught, scan to raster 0, whose DC is stored last; 192 itself,
-// an end straight after the DC, scans to raster 1 and leaves the mark the
-// transform's shortcut looks for.
+// (after a code, or alone with a step of kEndStep, past where any run can
+// reach). Such a position, and the out-of-range ones a bad run reaches
+// before it is caught, scan to raster 0, whose DC is stored last.
 VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc,
                                       BitWindow& win, int16_t* block) {
   // One refill covers the DC (21 bits at most) and the first AC lookup (24).
@@ -96,44 +130,25 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
     dcDiff = dc.longDiff[(w >> 8) & 0x1FFF];
   }
 
-  uint64_t e = t.acPair[win.Bits() & 0xFFF];
   // scanPos is the last position written, the DC's 0 at first; a code moves
-  // it by its run + 1.
+  // it by its run + 1. A refill leaves 56 good bits and an entry takes 24 at
+  // most, so the window is topped up every second entry; the first entry
+  // rides on the DC's refill.
   uint32_t scanPos = 0;
-  for (;;) {
-    if (e & kAcPairSlow) [[unlikely]] {
-      const uint32_t bits = static_cast<uint32_t>(win.Bits());
-      win.Consume(static_cast<uint32_t>(e & kAcPairLength));
-      uint32_t step;
-      int32_t level;
-      if (e & kAcPairLong) {
-        const uint32_t k = (bits >> 7) & 0xFFF;
-        step = t.acLongRun[k] + 1u;
-        level = t.acLongLevel[k];
-      } else {
-        step = static_cast<uint32_t>(e >> 8) & 0xFF;
-        level = t.escapeLevel[(bits >> 12) & 0xFFF];
-      }
-      scanPos += step;
-      if (scanPos > 63) return false;
-      block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
-    } else {
-      win.Consume(static_cast<uint32_t>(e & kAcPairLength));
-      // Second code first: without one its step is 0 and the first's level
-      // lands on the same place after it.
-      const uint32_t first = scanPos + (static_cast<uint32_t>(e >> 8) & 0xFF);
-      scanPos = first + (static_cast<uint32_t>(e) >> 24);
-      block[t.scanOrder[scanPos]] = static_cast<int16_t>(e >> 48);
-      block[t.scanOrder[first]] = static_cast<int16_t>(e >> 32);
-      if (e & kAcPairThenEnd) break;
-      if (scanPos > 63) return false;
-    }
+  Entry r = ReadEntry(t, win, block, scanPos);
+  while (r == Entry::kMore) {
     win.Refill();
-    e = t.acPair[win.Bits() & 0xFFF];
+    r = ReadEntry(t, win, block, scanPos);
+    if (r != Entry::kMore) break;
+    r = ReadEntry(t, win, block, scanPos);
   }
-  // Ended well: at most 63 after a code, or 192 on from there after a lone end.
-  if (scanPos - 64u < 128u) return false;
+  if (r == Entry::kFault) return false;
+  // Ended well: at most 63 after a code, or kEndStep on from there after a
+  // lone end; kEndStep itself means no AC code at all, which the transform's
+  // shortcut reads from the mark at raster 1.
+  if (scanPos - 64u < kEndStep - 64u) return false;
   block[0] = dcDiff;
+  block[1] = static_cast<int16_t>(block[1] | (scanPos == kEndStep ? kNoAcMark : 0));
   return true;
 }
 
