@@ -74,7 +74,7 @@ VANTARO_FORCE_INLINE bool Put(uint8_t* half, uint32_t& dest, uint32_t run, uint3
 // Reads one half's differences into `half`. A half that opens with the end
 // code has no differences: every line repeats the predictor.
 bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, const uint8_t* pred,
-              BitWindow& win) {
+              BitWindow<>& win) {
   win.Refill();
   uint64_t e = t.entry[win.Bits() & 0xFFF];
   if (e & kAlphaEnd) {

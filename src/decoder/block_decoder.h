@@ -1,5 +1,5 @@
-// The macroblock's coefficient reader: a 64-bit window over the slice, one
-// refill test before every code, and the 12-bit tables. A DecodeBlocks member
+// The macroblock's coefficient reader: a 64-bit window over the slice,
+// refilled without a branch, and the 12-bit tables. A DecodeBlocks member
 // is an order list of blocks; the five shapes differ in nothing else.
 #pragma once
 
@@ -39,7 +39,10 @@ struct StreamView {
 // tops the window up to at least 56 good bits without a branch: it ORs in
 // the eight bytes at `byte_` above the bits it holds and steps `byte_` over
 // the whole bytes it took. Bits above `count_` are zero or already the
-// stream's own, so ORing them again changes nothing.
+// stream's own, so ORing them again changes nothing. With kInside the caller
+// has made sure every load stays before the stream's end (see DecodeBlocks),
+// and the loads skip the end test.
+template <bool kInside = false>
 class BitWindow {
  public:
   VANTARO_FORCE_INLINE BitWindow(const StreamView& stream, uint64_t bitPos)
@@ -49,7 +52,8 @@ class BitWindow {
   }
 
   VANTARO_FORCE_INLINE void Refill() {
-    window_ |= stream_.Load64(byte_) << count_;
+    const uint64_t word = kInside ? LoadLe64(stream_.base + byte_) : stream_.Load64(byte_);
+    window_ |= word << count_;
     byte_ += (63 - count_) >> 3;
     count_ |= 56;
   }
@@ -73,7 +77,8 @@ enum class Entry { kMore, kEnd, kFault };
 // Reads one entry of the walked table: a long code or escape, or up to two
 // short codes, or a code and the end of block, or the end alone. kFault when
 // a run would carry the scan past 63: the block memory would be left.
-VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, BitWindow& win, int16_t* block,
+template <class Window>
+VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, int16_t* block,
                                      uint32_t& scanPos) {
   const uint32_t bits = static_cast<uint32_t>(win.Bits());
   const uint32_t e = t.acPair[bits & 0xFFF];
@@ -113,8 +118,9 @@ VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, BitWindow& win,
 // (after a code, or alone with a step of kEndStep, past where any run can
 // reach). Such a position, and the out-of-range ones a bad run reaches
 // before it is caught, scan to raster 0, whose DC is stored last.
-VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc,
-                                      BitWindow& win, int16_t* block) {
+template <class Window>
+VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, Window& win,
+                                      int16_t* block) {
   // One refill covers the DC (21 bits at most) and the first AC lookup (24).
   win.Refill();
   const uint32_t w = static_cast<uint32_t>(win.Bits());
@@ -152,18 +158,36 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
   return true;
 }
 
-// Decodes the blocks of `Order` in stream order; `bitPos` moves past them.
-// Blocks must be cleared by the caller. False on a run past the block.
-template <const BlockStep* Order, size_t Count>
-bool DecodeBlocks(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
-                  int16_t (*blocks)[64]) {
-  BitWindow win(stream, bitPos);
+// The most bits one block can take before it ends or faults: the DC, then
+// at most 64 entries (every entry but the last moves the scan on), each of
+// 24 bits at most.
+constexpr uint64_t kMostBlockBits = 21 + 64 * 24;
+
+template <const BlockStep* Order, size_t Count, bool kInside>
+bool DecodeBlocksFrom(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
+                      int16_t (*blocks)[64]) {
+  BitWindow<kInside> win(stream, bitPos);
   for (size_t i = 0; i < Count; ++i) {
     const DcDecodeTables& dc = IsChromaPlane(Order[i].plane) ? t.dcChroma : t.dcLuma;
     if (!DecodeBlock(t, dc, win, blocks[Order[i].block])) return false;
   }
   bitPos = win.Position();
   return true;
+}
+
+// Decodes the blocks of `Order` in stream order; `bitPos` moves past them.
+// Blocks must be cleared by the caller. False on a run past the block. Away
+// from the slice's end, where no load of the macroblock can reach it, the
+// window loads without testing for the end.
+template <const BlockStep* Order, size_t Count>
+bool DecodeBlocks(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
+                  int16_t (*blocks)[64]) {
+  // A load reaches at most 16 bytes past the position's byte.
+  constexpr uint64_t kReach = (Count * kMostBlockBits + 7) / 8 + 16;
+  if (stream.size >= kReach && bitPos / 8 <= stream.size - kReach) {
+    return DecodeBlocksFrom<Order, Count, true>(t, stream, bitPos, blocks);
+  }
+  return DecodeBlocksFrom<Order, Count, false>(t, stream, bitPos, blocks);
 }
 
 // DC reconstruction: the stream carries predictor minus current, so along a

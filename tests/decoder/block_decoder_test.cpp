@@ -166,5 +166,28 @@ TEST(BitWindow, MatchesTheStreamBitForBit) {
   }
 }
 
+// The most bits a macroblock can take: every DC of the longest code, then 63
+// escapes a block, the last block faulting on a 64th. Stored in a buffer of
+// just the size the walk's end-free loads are allowed from, so that under
+// AddressSanitizer a load past that reach fails.
+TEST(BlockDecoder, LongestMacroblockStaysInsideItsReach) {
+  for (const bool fault : {false, true}) {
+    StreamWriter w;
+    for (size_t i = 0; i < std::size(kOrder422); ++i) {
+      w.Dc(-2047, !IsChromaPlane(kOrder422[i].plane));
+      for (int32_t k = 0; k < 63; ++k) w.Ac(0, 1000);
+      fault && i + 1 == std::size(kOrder422) ? w.Ac(0, 1000) : w.Eob();
+    }
+    std::vector<uint8_t> bytes = w.Bytes();
+    bytes.resize((std::size(kOrder422) * kMostBlockBits + 7) / 8 + 16);
+    alignas(16) int16_t blocks[8][64] = {};
+    uint64_t pos = 0;
+    constexpr size_t kCount = std::size(kOrder422);
+    const StreamView view{bytes.data(), bytes.size()};
+    ASSERT_EQ((DecodeBlocks<kOrder422, kCount>(BlockDecodeTablesInstance(), view, pos, blocks)), !fault);
+    EXPECT_EQ(pos, fault ? 0 : w.BitPos());
+  }
+}
+
 }  // namespace
 }  // namespace vantaro::decoder
