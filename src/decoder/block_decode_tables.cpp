@@ -142,6 +142,13 @@ void BuildAc(BlockDecodeTables& t) {
         } else if (!second.unfinished) {
           e += second.length;
           e |= (second.step << 16) | level(second.level, 27);
+          // A pair the block's end follows inside the index ends the block too.
+          const uint32_t used = first.length + second.length;
+          const Single third = single(i >> used);
+          if (third.end && third.length <= 12 - used) {
+            e += third.length;
+            e |= kAcPairThenEnd;
+          }
         }
       }
     }

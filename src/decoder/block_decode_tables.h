@@ -24,7 +24,7 @@ constexpr int16_t kNoAcMark = 0x4000;    // at raster index 1: the block had no 
 // (16 KiB, so that it stays in the first-level cache beside the DC tables).
 // When the index holds a whole short code and, after it, another whole short
 // code or the end of block, the entry gives both, so common pairs cost one
-// load. Bits 0..4: the bits the entry consumes; 5..7: flags; 8..15: the
+// load; an end of block after such a pair comes with it. Bits 0..4: the bits the entry consumes; 5..7: flags; 8..15: the
 // first code's scan step (run + 1; the escape's own run from its index), one
 // byte move away; 16..21: the second code's step (0: none); 22..26 and
 // 27..31: their levels, signed. Codes of twelve bits or fewer have runs up to
