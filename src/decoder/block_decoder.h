@@ -28,10 +28,6 @@ struct StreamView {
   VANTARO_NOINLINE uint64_t LoadTail64(uint64_t byte) const {
     return byte < size ? LoadLeBounded(base + byte, base + size, 8) : 0;
   }
-  uint32_t Load32(uint64_t byte) const {
-    if (byte + 4 <= size) return LoadLe32(base + byte);
-    return byte < size ? static_cast<uint32_t>(LoadLeBounded(base + byte, base + size, 4)) : 0;
-  }
   uint64_t SizeInBits() const { return static_cast<uint64_t>(size) * 8; }
 };
 
