@@ -7,10 +7,10 @@
 #include <cstring>
 #include <random>
 
-#include "codec/kernels.h"
 #include "encoder/encoder_kernels.h"
 #include "encoder/forward_dct.h"
 #include "encoder/quantise.h"
+#include "support/twins.h"
 
 namespace vantaro::encoder {
 namespace {
@@ -94,9 +94,7 @@ TEST(ForwardKernelTwins, AgreeWithScalarOnRandomAndSaturatingBlocks) {
   };
   const int16_t patterns[][2] = {{32767, 32767}, {-32768, -32768}, {32767, -32768},
                                  {-32768, 32767}, {255, 0}, {0, 255}, {255, 255}};
-  for (int level = 1; level < kKernelLevelCount; ++level) {
-    const Kernels* k = KernelsAt(static_cast<KernelLevel>(level));
-    if (k == nullptr) continue;
+  for (const Kernels* k : test::VectorKernels()) {
     for (float& r : reciprocals) r = 1.0f;
     for (int p = 0; p < 7; ++p) {
       for (int layout = 0; layout < 3; ++layout) {  // by sample, by row, by column
