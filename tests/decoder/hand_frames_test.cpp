@@ -1,9 +1,7 @@
-// Hand-built frames through the decode walks: the fault path and its capture
-// (the first fault writes the stream and the picture it could read to
-// files, later ones leave them), and behaviour that is deliberately odd and
-// must stay so. Damaged, cut and random streams at every door are the fuzz
-// targets' work; the decoded bytes of every variant in every layout are
-// pinned by the golden pictures (tests/codec).
+// A hand-built frame through the decode walks: the fault path and its
+// capture (the first fault writes the stream and the picture it could read
+// to files, later ones leave them). Damaged, cut and random streams at every
+// door are the fuzz targets' work.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -54,34 +52,23 @@ class DecodeFault : public testing::Test {
   std::filesystem::path dir_;
 };
 
-// A frame from hand-written slices: `payload[field][slice]` after each
-// 3-byte length.
-std::vector<uint8_t> HandFrame(const std::vector<uint8_t> (&payload)[2][4]) {
+// A 16 x 32 VTQ2 frame whose first field's only macroblock runs past its
+// first block (two escapes of run 40) and whose second field is flat grey;
+// each slice is its 3-byte length, itself included, then its codes.
+std::vector<uint8_t> FaultingFrame() {
+  StreamWriter fields[2];
+  fields[0].Block(0, true, {{40, 1}, {40, 1}});
+  for (int b = 0; b < 8; ++b) fields[1].Block(0, b < 4);
   std::vector<uint8_t> frame = {96, 0, 0, 0};
   for (int field = 0; field < 2; ++field) {
     if (field == 1) frame[1] = static_cast<uint8_t>(frame.size());
-    for (const std::vector<uint8_t>& p : payload[field]) {
-      const uint32_t length = static_cast<uint32_t>(p.size() + 3);
-      for (int i = 0; i < 3; ++i) frame.push_back(static_cast<uint8_t>(length >> (8 * i)));
-      frame.insert(frame.end(), p.begin(), p.end());
+    for (int slice = 0; slice < 4; ++slice) {
+      const std::vector<uint8_t> codes = slice == 0 ? fields[field].Bytes() : std::vector<uint8_t>{};
+      for (int i = 0; i < 3; ++i) frame.push_back(static_cast<uint8_t>((codes.size() + 3) >> (8 * i)));
+      frame.insert(frame.end(), codes.begin(), codes.end());
     }
   }
   return frame;
-}
-
-// One 4:2:2 macroblock of DC-only blocks, all differences 0.
-std::vector<uint8_t> FlatMacroblock() {
-  StreamWriter w;
-  for (int b = 0; b < 8; ++b) w.Block(0, b < 4);
-  return w.Bytes();
-}
-
-// A 16 x 32 VTQ2 frame whose first field's only macroblock runs past its
-// first block (two escapes of run 40) and whose second field is flat grey.
-std::vector<uint8_t> FaultingFrame() {
-  StreamWriter bad;
-  bad.Block(0, true, {{40, 1}, {40, 1}});
-  return HandFrame({{bad.Bytes(), {}, {}, {}}, {FlatMacroblock(), {}, {}, {}}});
 }
 
 TEST_F(DecodeFault, FirstFaultIsCapturedOnceAndTheOtherFieldStillDecodes) {
