@@ -21,13 +21,6 @@ std::vector<int16_t> Transform(std::vector<int16_t> block, const uint16_t* m,
   return std::vector<int16_t>(b, b + 64);
 }
 
-std::vector<int16_t> DcBlock(int16_t dc, int16_t index1) {
-  std::vector<int16_t> b(64, 0);
-  b[0] = dc;
-  b[1] = index1;
-  return b;
-}
-
 TEST(InverseTransform, ShortcutIsOneLevelAboveTheFullPath) {
   test::TestInstance i;  // quality 96
   // Marked: (v + 1032) >> 3. Unmarked (an AC code with level 0): the full path.
@@ -36,7 +29,9 @@ TEST(InverseTransform, ShortcutIsOneLevelAboveTheFullPath) {
   } cases[] = {{0, kNoAcMark, 129}, {-8, kNoAcMark, 128}, {-1024, kNoAcMark, 1}, {1016, kNoAcMark, 256},
                {0, 0, 128},         {8, 0, 129},         {-8, 0, 127},         {-1024, 0, 0}, {1016, 0, 255}};
   for (const auto& c : cases) {
-    for (int16_t s : Transform(DcBlock(c.dc, c.index1), i->multiplierTable)) ASSERT_EQ(s, c.expected) << c.dc;
+    std::vector<int16_t> block(64, 0);
+    block[0] = c.dc, block[1] = c.index1;
+    for (int16_t s : Transform(block, i->multiplierTable)) ASSERT_EQ(s, c.expected) << c.dc;
   }
 }
 
