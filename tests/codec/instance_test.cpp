@@ -17,22 +17,6 @@ using test::PictureHeader;
 
 using Instance = test::TestInstance;
 
-TEST(Instance, StreamFormatsInEitherCase) {
-  const struct { const char* fourcc; uint32_t expected, family; int32_t hasAlpha, dctAlpha; } cases[] = {
-      {"VTQ3", MakeFourCC('V', 'T', 'Q', '3'), 3, 1, 0}, {"vtq3", MakeFourCC('V', 'T', 'Q', '3'), 3, 1, 0},
-      {"VTQ7", MakeFourCC('V', 'T', 'Q', '7'), 3, 1, 1}, {"vtq9", MakeFourCC('V', 'T', 'Q', '9'), 5, 1, 1}};
-  for (const auto& c : cases) {
-    Instance instance(test::FourCC(c.fourcc));
-    EXPECT_EQ(instance->fourcc, c.expected) << c.fourcc;
-    EXPECT_EQ(instance->chromaFamily, c.family) << c.fourcc;
-    EXPECT_EQ(instance->hasAlpha, c.hasAlpha) << c.fourcc;
-    EXPECT_EQ(instance->dctAlpha, c.dctAlpha) << c.fourcc;
-  }
-  Instance unknown(MakeFourCC('V', 'T', 'Q', '6'));
-  EXPECT_EQ(unknown->fourcc, 0u);
-  EXPECT_EQ(unknown->quality, 96u);
-}
-
 TEST(Instance, ColorSpaceFromHeader) {
   using test::FourCC;
   const struct { uint32_t compression; uint16_t bits; int32_t expected; } cases[] = {
