@@ -1,14 +1,8 @@
-// Searches for the largest frame each variant can produce per pixel: 256x256
-// pictures at quality 99 made to maximise escape codes (noise, checkerboards
-// of every period, a single extreme basis pattern per block, block-wise
-// extreme DC, and random mixtures of these), fed through the full-chroma
-// layouts (NV24 without alpha, YA44 with it) and a packed one (RGB24, or AYUV
-// for hostile alpha). Each frame is written into a capacity of
-// vantaro_frame_bound() and must fit; the maximum per variant is printed
-// beside the bound. Then the largest picture of each variant goes through
-// DriverProc's ICM_COMPRESS with an output of exactly width * height * 6
-// bytes: the driver must answer a frame or refuse, never write past it (run
-// under AddressSanitizer in the fuzz build).
+// The worst-case search of README.md ("Worst cases"): the largest frame each
+// variant makes of 256x256 pictures at quality 99, each frame written into
+// vantaro_frame_bound() (it must fit), then the largest picture through the
+// driver's ICM_COMPRESS into exactly width * height * 6 bytes, where the
+// driver must answer a frame or refuse, never write past (AddressSanitizer).
 // Usage: worst_case [random mixtures per variant, default 40]
 #include <cmath>
 #include <numbers>
@@ -30,10 +24,7 @@ enum class Kind { kNoise, kChecker, kBasis, kBlockDc, kMixture, kBinaryNoise };
 const char* const kKindNames[] = {"noise", "checkerboard", "basis signs", "block DC", "mixture", "binary noise"};
 enum Channel { kLuma, kChroma, kAlpha };
 
-uint32_t Hash(uint32_t v) {
-  v = (v ^ (v >> 16)) * 0x7feb352du, v = (v ^ (v >> 15)) * 0x846ca68bu;
-  return v ^ (v >> 16);
-}
+uint32_t Hash(uint32_t v) { return v = (v ^ (v >> 16)) * 0x7feb352du, v = (v ^ (v >> 15)) * 0x846ca68bu, v ^ (v >> 16); }
 
 // The sign of one 8x8 cosine basis function at full swing: all energy in a
 // single coefficient of the block's choice.
@@ -70,12 +61,11 @@ struct Pattern {
   }
 };
 
-// One frame at quality 99 into a capacity of the frame bound (plus the
-// writer's four bytes of spill) from layout `cs`, every packed byte its own
-// sample; YA44's alpha bytes from `alpha`. Chroma is drawn at the stream's
-// resolution (`family` 0: 4:2:0, 1: 4:2:2, 2: 4:4:4) and repeated over the
-// subsampled pixels, so that averaging down keeps its full swing. The
-// frame's size, or 0 when it does not fit.
+// The size of one frame from layout `cs` into the frame bound (plus the
+// writer's four bytes of spill), or 0 when it does not fit. Every packed byte
+// is its own sample, YA44's alpha from `alpha`; chroma is drawn at the
+// stream's resolution (`family` 0: 4:2:0, 1: 4:2:2, 2: 4:4:4) and repeated
+// over the subsampled pixels, so that averaging down keeps its full swing.
 size_t Encode(uint32_t fourcc, int family, uint32_t cs, const Pattern& p, const Pattern& alpha) {
   const int32_t sx = family < 2 ? 1 : 0, sy = family < 1 ? 1 : 0;
   const int32_t pixelBytes = LayoutOf(cs).pixelBytes, stride = kSize * pixelBytes, chromaLine = 2 * kSize;
@@ -136,8 +126,8 @@ int main(int argc, char** argv) {
   std::vector<Pattern> fixed = {{Kind::kNoise, 1, 1}, {Kind::kNoise, 1, 2}, {Kind::kBasis, 1, 3},
                                 {Kind::kBlockDc, 1, 4}, {Kind::kBinaryNoise, 1, 6}};
   for (uint32_t period = 1; period <= 64; period *= 2) fixed.push_back({Kind::kChecker, period, 5});
-  std::printf("| variant | alpha | largest frame (bytes) | bytes/pixel | bound/pixel | picture, layout | driver into 6 bytes/pixel |\n");
-  std::printf("|---|---|---|---|---|---|---|\n");
+  std::printf("| variant | alpha | largest frame (bytes) | bytes/pixel | bound/pixel | picture, layout | driver into 6 bytes/pixel |\n"
+              "|---|---|---|---|---|---|---|\n");
   bool allFit = true;
   for (uint32_t v = 0; v < 8; ++v) {
     const uint32_t fourcc = kVariants[v];
@@ -149,7 +139,9 @@ int main(int argc, char** argv) {
       size_t best = 0;
       Pattern bestPattern = fixed[0];
       const char* bestLayout = "";
-      const auto tryPattern = [&](const Pattern& p) {
+      for (int i = 0; i < static_cast<int>(fixed.size()) + mixtures; ++i) {
+        if (i >= static_cast<int>(fixed.size())) rng ^= rng << 13, rng ^= rng >> 17, rng ^= rng << 5;
+        const Pattern p = i < static_cast<int>(fixed.size()) ? fixed[i] : Pattern{Kind::kMixture, 1, rng};
         // Hostile alpha is the picture's own pattern on another channel;
         // opaque alpha a checkerboard coarser than the picture.
         const Pattern alpha = hostile != 0 ? p : Pattern{Kind::kChecker, 1u << 20, 0};
@@ -159,11 +151,6 @@ int main(int argc, char** argv) {
           allFit = allFit && bytes != 0;
           if (bytes > best) best = bytes, bestPattern = p, bestLayout = LayoutOf(cs).name + 2;
         }
-      };
-      for (const Pattern& p : fixed) tryPattern(p);
-      for (int i = 0; i < mixtures; ++i) {
-        rng ^= rng << 13, rng ^= rng >> 17, rng ^= rng << 5;
-        tryPattern({Kind::kMixture, 1, rng});
       }
       const int64_t driver = DriverCompress(fourcc, alphaVariant && hostile != 0, bestPattern);
       char driverText[48] = "refused (does not fit)";

@@ -23,12 +23,16 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-void Save(const fs::path& dir, const std::string& name, const Bytes& bytes) {
+vantaro::tool::File Open(const fs::path& dir, const std::string& name) {
   fs::create_directories(dir);
-  std::FILE* f = std::fopen((dir / name).string().c_str(), "wb");
+  const std::string path = (dir / name).string();
+  std::FILE* f = std::fopen(path.c_str(), "wb");
   FUZZ_CHECK(f != nullptr);
-  FUZZ_CHECK(std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size());
-  std::fclose(f);
+  return vantaro::tool::File(f, path, true);
+}
+
+void Save(const fs::path& dir, const std::string& name, const Bytes& bytes) {
+  Open(dir, name).write(bytes.data(), bytes.size());
 }
 
 // A smooth picture whose gradients wrap into sharp edges: every kind of
@@ -47,11 +51,7 @@ Bytes Join(Bytes choices, const Bytes& payload) {
 }
 
 void WriteAvi(const fs::path& dir, uint32_t fourcc, const Bytes& frame) {
-  fs::create_directories(dir);
-  const std::string path = (dir / ("seed_" + std::to_string(fourcc >> 24) + ".avi")).string();
-  std::FILE* f = std::fopen(path.c_str(), "wb");
-  FUZZ_CHECK(f != nullptr);
-  vantaro::tool::File file(f, path, true);
+  vantaro::tool::File file = Open(dir, "seed_" + std::to_string(fourcc >> 24) + ".avi");
   vantaro::tool::AviVideo video;
   video.fourcc = fourcc;
   video.coded_width = video.display_width = 32, video.coded_height = video.display_height = 24;
@@ -76,11 +76,7 @@ void WriteAviWithoutHeight(const fs::path& seed) {
 }
 
 void WriteY4m(const fs::path& dir, vantaro::tool::Chroma chroma, int index) {
-  fs::create_directories(dir);
-  const std::string path = (dir / ("seed_" + std::to_string(index) + ".y4m")).string();
-  std::FILE* f = std::fopen(path.c_str(), "wb");
-  FUZZ_CHECK(f != nullptr);
-  vantaro::tool::File file(f, path, true);
+  vantaro::tool::File file = Open(dir, "seed_" + std::to_string(index) + ".y4m");
   vantaro::tool::Y4mFormat format;
   format.width = 7, format.height = 5, format.chroma = chroma;
   format.interlaced = index % 2 == 0;

@@ -8,8 +8,6 @@
 
 #include "codec/codec_instance.h"
 #include "codec/kernels.h"
-#include "decoder/store_kernels.h"
-#include "encoder/encoder_kernels.h"
 #include "codec/slice_layout.h"
 
 namespace vantaro {
@@ -18,22 +16,6 @@ namespace {
 using test::PictureHeader;
 
 using Instance = test::TestInstance;
-
-TEST(Instance, StreamFormatsInEitherCase) {
-  const struct { const char* fourcc; uint32_t expected, family; int32_t hasAlpha, dctAlpha; } cases[] = {
-      {"VTQ3", MakeFourCC('V', 'T', 'Q', '3'), 3, 1, 0}, {"vtq3", MakeFourCC('V', 'T', 'Q', '3'), 3, 1, 0},
-      {"VTQ7", MakeFourCC('V', 'T', 'Q', '7'), 3, 1, 1}, {"vtq9", MakeFourCC('V', 'T', 'Q', '9'), 5, 1, 1}};
-  for (const auto& c : cases) {
-    Instance instance(test::FourCC(c.fourcc));
-    EXPECT_EQ(instance->fourcc, c.expected) << c.fourcc;
-    EXPECT_EQ(instance->chromaFamily, c.family) << c.fourcc;
-    EXPECT_EQ(instance->hasAlpha, c.hasAlpha) << c.fourcc;
-    EXPECT_EQ(instance->dctAlpha, c.dctAlpha) << c.fourcc;
-  }
-  Instance unknown(MakeFourCC('V', 'T', 'Q', '6'));
-  EXPECT_EQ(unknown->fourcc, 0u);
-  EXPECT_EQ(unknown->quality, 96u);
-}
 
 TEST(Instance, ColorSpaceFromHeader) {
   using test::FourCC;
@@ -108,9 +90,7 @@ TEST(SliceLayout, RowsAreDealtRoundRobin) {
 }
 
 // The override picks the record the walks get: automatic takes the best level
-// present, a level the processor lacks falls back to the best one below, the
-// scalar record holds the scalar tables, and the AVX2 record takes the SSE2
-// twin of every family that has no wider one.
+// present, and a level the processor lacks falls back to the best one below.
 TEST(Kernels, TheOverrideChoosesTheRecordTheWalksGet) {
   const KernelOverride was = CurrentKernelOverride();
   const Kernels* best = nullptr;
@@ -122,14 +102,6 @@ TEST(Kernels, TheOverrideChoosesTheRecordTheWalksGet) {
   }
   SetKernelOverride(KernelOverride::kAutomatic);
   EXPECT_EQ(&ActiveKernels(), best);
-  EXPECT_EQ(KernelsAt(KernelLevel::kScalar)->forward, &encoder::kForwardKernelsScalar);
-  EXPECT_EQ(KernelsAt(KernelLevel::kScalar)->stores, &decoder::kStoreKernelsScalar);
-  const Kernels* sse2 = KernelsAt(KernelLevel::kSse2);
-  EXPECT_TRUE(sse2 == nullptr || sse2->loaders == encoder::LoaderKernelsSse2());
-  if (const Kernels* avx2 = KernelsAt(KernelLevel::kAvx2)) {
-    EXPECT_EQ(avx2->level, KernelLevel::kAvx2);
-    EXPECT_NE(sse2, nullptr);
-  }
   KernelOverride named;
   EXPECT_TRUE(KernelOverrideNamed("avx2", &named) && named == KernelOverride::kAvx2);
   EXPECT_FALSE(KernelOverrideNamed("AVX2", &named) || KernelOverrideNamed(nullptr, &named));

@@ -4,6 +4,7 @@
 
 #include "codec/codec_instance.h"
 #include "codec/quantiser.h"
+#include "support/headers.h"
 #include "support/pictures.h"
 #include "vantaro/vantaro.h"
 
@@ -49,12 +50,7 @@ TEST(Quantiser, IcmScaleMapping) {
 }
 
 TEST(Quantiser, BeginQualityWritesTheSnappedQualityAsFirstStreamByte) {
-  BITMAPINFOHEADER header{};
-  header.biSize = 40;
-  header.biWidth = 16;
-  header.biHeight = 32;
-  header.biBitCount = 16;
-  header.biCompression = VTC_FOURCC('Y', 'U', 'Y', '2');
+  const BITMAPINFOHEADER header = test::PictureHeader(test::FourCC("YUY2"), 16, 16, 32);
   const int32_t cases[][2] = {{100, 96}, {99, 99}, {89, 90}, {50, 50}, {49, 50}, {150, 99},
                               {INT32_MIN, 50}, {INT32_MAX, 50}};  // the extremes wrap, defined
   for (const auto& [argument, firstByte] : cases) {

@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstring>
 #include <random>
 
 #include "codec/code_rows.h"
-#include "decoder/alpha_decoder.h"
 #include "stream_writer.h"
 
 namespace vantaro::decoder {
@@ -104,40 +102,6 @@ TEST(BlockDecoder, OddStreams) {
     EXPECT_EQ(block[ZigzagScan[c.position]], c.level);
     EXPECT_TRUE(c.bits == 0 || win.Position() == c.bits);
   }
-}
-
-// Run/value alpha planes of random pairs, every value and short and long
-// runs, so that one lookup reads one pair, two, or a pair and the end, at
-// every bit offset: each difference where its runs put it, every bit read.
-TEST(AlphaReader, RandomPairsReadBack) {
-  std::mt19937 rng(9);
-  StreamWriter w(1 << 20);
-  std::vector<std::array<uint8_t, 256>> differences(500);
-  for (auto& plane : differences) {
-    plane.fill(0);
-    for (int half = 0; half < 2; ++half) {
-      for (uint32_t dest = 0;;) {
-        const uint32_t run = rng() % 4 == 0 ? rng() % 40 : rng() % 3, value = 1 + rng() % 255;
-        if (dest + run >= 128 || rng() % 40 == 0) break;
-        w.AlphaPair(value, run);
-        plane[128 * half + (dest += run)] = static_cast<uint8_t>(value);
-        ++dest;
-      }
-      w.AlphaEnd();
-    }
-  }
-  const std::vector<uint8_t> bytes = w.Bytes();
-  uint64_t pos = 0;
-  alignas(16) MacroblockScratch s;
-  s.ResetPredictors();
-  for (const auto& plane : differences) {
-    uint8_t expected[256], above[16];
-    std::memcpy(above, s.alphaRowPredictor, 16);
-    for (int k = 0; k < 256; ++k) above[k % 16] = expected[k] = static_cast<uint8_t>(above[k % 16] - plane[k]);
-    ASSERT_TRUE(ReadAlphaPlane(s, StreamView{bytes.data(), bytes.size()}, pos));
-    ASSERT_EQ(0, std::memcmp(s.Alpha(), expected, 256));
-  }
-  EXPECT_EQ(pos, w.BitPos());
 }
 
 // The window against a plain bit-by-bit reading of the same stream, over

@@ -11,7 +11,6 @@
 #include "codec/code_rows.h"
 #include "codec/global_tables.h"
 #include "encoder/block_coder.h"
-#include "support/pictures.h"
 
 namespace vantaro::encoder {
 namespace {
@@ -26,7 +25,9 @@ std::string Code(const int16_t (&block)[64], bool luma) {
   } else {
     EncodeChromaBlock(unused, block, w);
   }
-  return test::BitPeek(buffer, 0).Bits(static_cast<int>(w.bitPos));
+  std::string bits;  // in transmission order, first bit on the left
+  for (uint64_t p = 0; p < w.bitPos; ++p) bits.push_back(static_cast<char>('0' + ((buffer[p >> 3] >> (p & 7)) & 1)));
+  return bits;
 }
 
 std::string Field(uint32_t value, int width) {  // least significant bit first

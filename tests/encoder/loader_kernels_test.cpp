@@ -9,19 +9,11 @@
 #include <random>
 #include <vector>
 
-#include "codec/kernels.h"
 #include "encoder/encoder_kernels.h"
+#include "support/twins.h"
 
 namespace vantaro::encoder {
 namespace {
-
-std::vector<const LoaderKernels*> VectorLevels() {
-  std::vector<const LoaderKernels*> levels;
-  for (int level = 1; level < kKernelLevelCount; ++level) {
-    if (const Kernels* k = KernelsAt(static_cast<KernelLevel>(level))) levels.push_back(k->loaders);
-  }
-  return levels;
-}
 
 TEST(LoaderKernels, VectorLinesAgreeWithScalarOnEveryLineKind) {
   using Kernel = void (*)(const uint8_t*, LineSamples&);
@@ -30,7 +22,8 @@ TEST(LoaderKernels, VectorLinesAgreeWithScalarOnEveryLineKind) {
                                           &LoaderKernels::ayuv, &LoaderKernels::rgb24, &LoaderKernels::rgb32};
   std::mt19937 rng(99);
   uint8_t line[64 + 16];
-  for (const LoaderKernels* vector : VectorLevels()) {
+  for (const Kernels* level : test::VectorKernels()) {
+    const LoaderKernels* vector = level->loaders;
     for (size_t kind = 0; kind < std::size(kinds); ++kind) {
       for (int n = 0; n < 20000; ++n) {
         const uint8_t patterns[4][2] = {{255, 255}, {0, 0}, {255, 0}, {0, 255}};
@@ -54,9 +47,10 @@ TEST(LoaderKernels, RowKernelsPlaceWhatEachLineHolds) {
   std::mt19937 rng(7);
   std::vector<uint8_t> picture(16 * 48);
   for (uint8_t& b : picture) b = static_cast<uint8_t>(rng());
-  std::vector<const LoaderKernels*> levels = VectorLevels();
-  levels.push_back(&kLoaderKernelsScalar);
-  for (const LoaderKernels* k : levels) {
+  std::vector<const Kernels*> levels = test::VectorKernels();
+  levels.push_back(KernelsAt(KernelLevel::kScalar));
+  for (const Kernels* level : levels) {
+    const LoaderKernels* k = level->loaders;
     for (int kind = 0; kind < 4; ++kind) {  // YUY2, UYVY, a 16-byte plane, an 8-byte plane
       for (const ptrdiff_t distance : {ptrdiff_t{48}, ptrdiff_t{-48}}) {
         for (const int32_t lines : {16, 7}) {

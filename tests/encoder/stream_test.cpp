@@ -32,20 +32,12 @@ std::vector<uint8_t> Encode(uint32_t fourcc, uint32_t cs, int32_t w, int32_t h, 
   return test::CompressFrameBytes(instance.get(), f);
 }
 
+// Too narrow for a whole macroblock: eight empty slices. How rows are dealt
+// to slices is SliceLayout's (tests/codec), and the golden frames' partial
+// rows pin the walks that follow it.
 TEST(EncoderStream, SlicesTakeTheirRowsAndThePartialRow) {
-  const uint32_t vtq2 = FourCC("VTQ2");
-  Frame f = test::MakeFrame(kCsYUY2, 32, 48, 1);
-  std::vector<uint32_t> l = SliceLengths(Encode(vtq2, kCsYUY2, 32, 48, f));
-  EXPECT_GT(l[0], 3u);  // row 0
-  EXPECT_GT(l[1], 3u);  // the partial row of 8 field lines
-  for (int s : {2, 3, 6}) EXPECT_EQ(l[s], 3u) << s;
-
-  f = test::MakeFrame(kCsYUY2, 16, 486, 2);
-  l = SliceLengths(Encode(vtq2, kCsYUY2, 16, 486, f));
-  for (int s = 0; s < 8; ++s) EXPECT_GT(l[s], 3u) << s;
-
-  for (int32_t width : {0, 8, 15}) {  // no whole macroblock across: empty slices
-    f = test::MakeFrame(kCsRGB32, 16, 64, 3);
+  for (int32_t width : {0, 8, 15}) {
+    const Frame f = test::MakeFrame(kCsRGB32, 16, 64, 3);
     const std::vector<uint8_t> empty = Encode(FourCC("VTQ5"), kCsRGB32, width, 64, f);
     EXPECT_EQ(empty.size(), 28u);
     for (uint32_t len : SliceLengths(empty)) EXPECT_EQ(len, 3u);

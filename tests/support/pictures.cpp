@@ -58,12 +58,6 @@ std::vector<uint8_t> CompressFrameBytes(CodecInstance* instance, const Frame& fr
   return stream;
 }
 
-std::string BitPeek::Bits(int n) {
-  std::string out;
-  for (int i = 0; i < n; ++i) out.push_back(static_cast<char>('0' + Bit()));
-  return out;
-}
-
 Picture::Picture(vantaro_format format, int32_t w, int32_t h) {
   const size_t size = vantaro_picture_size(format, w, h);
   bytes.assign(size + 2 * kGuardBytes, kGuard);

@@ -57,22 +57,6 @@ int64_t CompressFrameSize(CodecInstance* instance, uint8_t* stream, size_t capac
 // Compresses a frame; returns the stream cut to the reported size minus 4.
 std::vector<uint8_t> CompressFrameBytes(CodecInstance* instance, const Frame& frame);
 
-// Reads the stream's bits, first transmitted bit first.
-class BitPeek {
- public:
-  BitPeek(const uint8_t* data, uint64_t bitPos) : data_(data), pos_(bitPos) {}
-  uint32_t Bit() {
-    const uint64_t p = pos_++;
-    return (data_[p >> 3] >> (p & 7)) & 1u;
-  }
-  // `n` bits in transmission order, first on the left, as a string of 0/1.
-  std::string Bits(int n);
-
- private:
-  const uint8_t* data_;
-  uint64_t pos_;
-};
-
 // ---- The native door ----
 
 constexpr uint8_t kGuard = 0xA5;
