@@ -83,7 +83,6 @@ TEST(ApiBasics, StatusesHaveDistinctTextAndOptionsDefaultToOneThread) {
         for (const std::string& other : seen) EXPECT_NE(text, other);
         seen.push_back(text);
     }
-    EXPECT_EQ(vantaro_version(), static_cast<uint32_t>(VANTARO_VERSION));
     vantaro_options options{};
     vantaro_options_default(&options);
     EXPECT_EQ(options.size, sizeof(vantaro_options));

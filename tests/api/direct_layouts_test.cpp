@@ -15,21 +15,19 @@ namespace {
 struct Layout {
   vantaro_format format;
   bool semiPlanar, alpha;
-  int32_t lumaStep, lumaPhase;  // where luma sits in the main plane; 0: not a byte (RGB)
 };
 const Layout kLayouts[] = {
-    {VANTARO_FORMAT_NV12, true, false, 1, 0},  {VANTARO_FORMAT_NV16, true, false, 1, 0},
-    {VANTARO_FORMAT_NV24, true, false, 1, 0},  {VANTARO_FORMAT_YA20, true, true, 2, 0},
-    {VANTARO_FORMAT_YA22, true, true, 2, 0},   {VANTARO_FORMAT_YA44, true, true, 2, 0},
-    {VANTARO_FORMAT_YUY2, false, false, 2, 0}, {VANTARO_FORMAT_UYVY, false, false, 2, 1},
-    {VANTARO_FORMAT_UYVA, false, true, 2, 1},  {VANTARO_FORMAT_AYUV, false, true, 4, 1},
-    {VANTARO_FORMAT_RGB24, false, false, 0, 0}, {VANTARO_FORMAT_RGB32, false, true, 0, 0},
+    {VANTARO_FORMAT_NV12, true, false}, {VANTARO_FORMAT_NV16, true, false},  {VANTARO_FORMAT_NV24, true, false},
+    {VANTARO_FORMAT_YA20, true, true},  {VANTARO_FORMAT_YA22, true, true},   {VANTARO_FORMAT_YA44, true, true},
+    {VANTARO_FORMAT_YUY2, false, false}, {VANTARO_FORMAT_UYVY, false, false}, {VANTARO_FORMAT_UYVA, false, true},
+    {VANTARO_FORMAT_AYUV, false, true}, {VANTARO_FORMAT_RGB24, false, false}, {VANTARO_FORMAT_RGB32, false, true},
 };
 
-// Every variant decodes into every layout with luma in place and nothing
-// written past the picture; the decoded picture then codes back through the
-// layout's own walk where the layout and the variant agree on alpha (any
-// semi-planar layout does: a YA layout's alpha is dropped, or comes back opaque).
+// Every variant decodes into every layout with nothing written past the
+// picture (the golden suite pins where the samples land); the decoded picture
+// then codes back through the layout's own walk where the layout and the
+// variant agree on alpha (any semi-planar layout does: a YA layout's alpha is
+// dropped, or comes back opaque).
 TEST(DirectLayouts, ReceiveEveryVariantAndFeedThoseThatAgreeOnAlpha) {
   Picture in(VANTARO_FORMAT_YUVA444P, 48, 32);
   Fill(in, Content::kRamp);
@@ -43,14 +41,6 @@ TEST(DirectLayouts, ReceiveEveryVariantAndFeedThoseThatAgreeOnAlpha) {
       Picture out(l.format, 48, 32), back(l.format, 48, 32);
       ASSERT_EQ(Decode(fourcc, frame, out.pic), VANTARO_OK);
       EXPECT_TRUE(out.GuardsIntact());
-      double err = 0;
-      for (int32_t y = 0; y < 32 && l.lumaStep != 0; ++y) {
-        for (int32_t x = 0; x < 48; ++x) {
-          const double d = in.At(0, x, y) - out.At(0, l.lumaStep * x + l.lumaPhase, y);
-          err += d * d;
-        }
-      }
-      EXPECT_LT(err / (48 * 32), 4.0);
       const bool agree = l.semiPlanar || l.alpha == StreamHasAlpha(fourcc);
       ASSERT_EQ(Encode(fourcc, out.pic, 96, again), agree ? VANTARO_OK : VANTARO_ERROR_ALPHA_MISMATCH);
       if (!agree) continue;

@@ -274,12 +274,10 @@ TEST(Cli, BenchPrintsTheChosenVariantWithTheLibrarysBitsPerPixel) {
     ASSERT_EQ(test::Encode(fourcc, p, 96, frame), VANTARO_OK);
     EXPECT_NEAR(bits, double(frame.size()) * 8.0 / (kWidth * kHeight), 0.0005);
 
-    for (const auto& [args, says] : {std::pair<std::string, const char*>{"--fourcc VTQ6 x.png", "not a Vantaro variant"},
-                                     {(d / "in.y4m").string() + " --seconds 0", "--seconds"},
-                                     {"--threads 0 x.png", "--threads"}, {(d / "missing.png").string(), "cannot open"}}) {
-        const auto [refused, text] = Vantaro("bench " + args);
-        EXPECT_TRUE(refused == 1 && text.find(says) != std::string::npos) << args << "\n" << text;
-    }
+    // One refusal: the option ranges and --fourcc share their parsers with
+    // encode, whose refusals are covered above.
+    const auto [refused, text] = Vantaro("bench " + (d / "in.y4m").string() + " --seconds 0");
+    EXPECT_TRUE(refused == 1 && text.find("--seconds") != std::string::npos) << text;
 }
 
 }  // namespace
