@@ -39,11 +39,32 @@ __m128i RowPass(__m128i x, const RowTableSet& t, int32_t rounding) {
   return _mm_packs_epi32(sum, _mm_shuffle_epi32(diff, _MM_SHUFFLE(0, 1, 2, 3)));
 }
 
-// The column pass's last stage, shared by the full and the upper-half
-// passes: the odd half from p, n, q, m, then the eight outputs descaled.
-inline void ColumnOutputs(__m128i (&r)[8], __m128i e0, __m128i e1, __m128i e2, __m128i e3, __m128i p, __m128i n,
-                          __m128i q, __m128i m) {
+// The column pass; with kUpperZero rows 4..7 are zero and every +s, -s and
+// mulhi with a zero operand is dropped, which leaves each value exactly as
+// it was.
+template <bool kUpperZero>
+void ColumnPass(__m128i (&r)[8]) {
+  const __m128i tan1 = _mm_set1_epi16(transform::kTan1);
+  const __m128i tan2 = _mm_set1_epi16(transform::kTan2);
+  const __m128i tan3 = _mm_set1_epi16(transform::kTan3);
   const __m128i cos4 = _mm_set1_epi16(transform::kCos4);
+  __m128i s04 = r[0], d04 = r[0], t = _mm_mulhi_epi16(tan2, r[2]), u = r[2];
+  __m128i p = _mm_mulhi_epi16(tan1, r[1]), q = r[1], m = r[3];
+  __m128i n = _mm_adds_epi16(_mm_mulhi_epi16(tan3, r[3]), r[3]);
+  if constexpr (!kUpperZero) {
+    s04 = _mm_adds_epi16(r[0], r[4]);
+    d04 = _mm_subs_epi16(r[0], r[4]);
+    t = _mm_subs_epi16(t, r[6]);
+    u = _mm_adds_epi16(_mm_mulhi_epi16(tan2, r[6]), r[2]);
+    p = _mm_subs_epi16(p, r[7]);
+    q = _mm_adds_epi16(_mm_mulhi_epi16(tan1, r[7]), r[1]);
+    m = _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(tan3, r[5]), r[5]), r[3]);
+    n = _mm_subs_epi16(n, r[5]);
+  }
+  const __m128i e1 = _mm_adds_epi16(d04, t);
+  const __m128i e2 = _mm_subs_epi16(d04, t);
+  const __m128i e0 = _mm_adds_epi16(s04, u);
+  const __m128i e3 = _mm_subs_epi16(s04, u);
   const __m128i f = _mm_subs_epi16(p, n);
   const __m128i g = _mm_adds_epi16(p, n);
   const __m128i h = _mm_adds_epi16(q, m);
@@ -60,43 +81,6 @@ inline void ColumnOutputs(__m128i (&r)[8], __m128i e0, __m128i e1, __m128i e2, _
   r[5] = _mm_srai_epi16(_mm_subs_epi16(e2, oddA), 6);
   r[6] = _mm_srai_epi16(_mm_subs_epi16(e1, oddB), 6);
   r[7] = _mm_srai_epi16(_mm_subs_epi16(e0, h), 6);
-}
-
-void ColumnPass(__m128i (&r)[8]) {
-  const __m128i tan1 = _mm_set1_epi16(transform::kTan1);
-  const __m128i tan2 = _mm_set1_epi16(transform::kTan2);
-  const __m128i tan3 = _mm_set1_epi16(transform::kTan3);
-  const __m128i s04 = _mm_adds_epi16(r[0], r[4]);
-  const __m128i d04 = _mm_subs_epi16(r[0], r[4]);
-  const __m128i t = _mm_subs_epi16(_mm_mulhi_epi16(tan2, r[2]), r[6]);
-  const __m128i e1 = _mm_adds_epi16(d04, t);
-  const __m128i e2 = _mm_subs_epi16(d04, t);
-  const __m128i u = _mm_adds_epi16(_mm_mulhi_epi16(tan2, r[6]), r[2]);
-  const __m128i e0 = _mm_adds_epi16(s04, u);
-  const __m128i e3 = _mm_subs_epi16(s04, u);
-  const __m128i p = _mm_subs_epi16(_mm_mulhi_epi16(tan1, r[1]), r[7]);
-  const __m128i q = _mm_adds_epi16(_mm_mulhi_epi16(tan1, r[7]), r[1]);
-  const __m128i m = _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(tan3, r[5]), r[5]), r[3]);
-  const __m128i n = _mm_subs_epi16(_mm_adds_epi16(_mm_mulhi_epi16(tan3, r[3]), r[3]), r[5]);
-  ColumnOutputs(r, e0, e1, e2, e3, p, n, q, m);
-}
-
-// The column pass when rows 4..7 are zero: every +s, -s and mulhi with a
-// zero operand dropped, which leaves each value exactly as it was.
-void ColumnPassUpperHalf(__m128i (&r)[8]) {
-  const __m128i tan1 = _mm_set1_epi16(transform::kTan1);
-  const __m128i tan2 = _mm_set1_epi16(transform::kTan2);
-  const __m128i tan3 = _mm_set1_epi16(transform::kTan3);
-  const __m128i t = _mm_mulhi_epi16(tan2, r[2]);
-  const __m128i e1 = _mm_adds_epi16(r[0], t);
-  const __m128i e2 = _mm_subs_epi16(r[0], t);
-  const __m128i e0 = _mm_adds_epi16(r[0], r[2]);
-  const __m128i e3 = _mm_subs_epi16(r[0], r[2]);
-  const __m128i p = _mm_mulhi_epi16(tan1, r[1]);
-  const __m128i q = r[1];
-  const __m128i m = r[3];
-  const __m128i n = _mm_adds_epi16(_mm_mulhi_epi16(tan3, r[3]), r[3]);
-  ColumnOutputs(r, e0, e1, e2, e3, p, n, q, m);
 }
 
 __m128i Dequantise(const int16_t* block, const uint16_t* multipliers, int i) {
@@ -119,12 +103,12 @@ void InverseTransformBlockSse2(int16_t* block, const uint16_t* multipliers) {
   const __m128i upper = _mm_or_si128(_mm_or_si128(Load(block + 32), Load(block + 40)),
                                      _mm_or_si128(Load(block + 48), Load(block + 56)));
   if (_mm_movemask_epi8(_mm_cmpeq_epi8(upper, _mm_setzero_si128())) == 0xFFFF) {
-    ColumnPassUpperHalf(r);
+    ColumnPass<true>(r);
   } else {
     for (int i = 4; i < 8; ++i) {
       r[i] = RowPass(Dequantise(block, multipliers, i), kRowTables[transform::kRowSet[i]], kRowRounding[i]);
     }
-    ColumnPass(r);
+    ColumnPass<false>(r);
   }
   for (int i = 0; i < 8; ++i) Store(block + i * 8, r[i]);
 }
