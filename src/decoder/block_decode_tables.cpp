@@ -131,7 +131,7 @@ void BuildAc(BlockDecodeTables& t) {
     if (first.end) {
       e |= kAcPairThenEnd | (kEndStep << 8);
     } else if (first.unfinished) {
-      e |= first.length == 24 ? kAcPairEscape | (first.step << 8) : kAcPairLong;
+      e |= kAcPairSlow | (first.length == 24 ? first.step << 8 : kAcPairLong);
     } else {
       e |= (first.step << 8) | level(first.level, 22);
       const Single second = single(i >> first.length);

@@ -24,20 +24,21 @@ constexpr int16_t kNoAcMark = 0x4000;    // at raster index 1: the block had no 
 // (16 KiB, so that it stays in the first-level cache beside the DC tables).
 // When the index holds a whole short code and, after it, another whole short
 // code or the end of block, the entry gives both, so common pairs cost one
-// load; an end of block after such a pair comes with it. Bits 0..4: the bits
-// the entry consumes; 5..7: flags; 8..15: the first code's scan step (run +
-// 1; the escape's own run from its index), one byte move away; 16..21: the
-// second code's step (0: none); 22..26 and 27..31: their levels, signed.
-// Codes of twelve bits or fewer have runs up to 16 and levels up to 15,
-// which these fields hold. A long code or the escape stands alone and takes
-// its run or level from further bits, the flags say which. An index opening
-// with the end of block is an entry of step kEndStep that ends the block
-// (see DecodeBlock).
-constexpr uint32_t kAcPairLength = 0x1F;
-constexpr uint32_t kAcPairLong = 0x20;     // seven leading zeros: second-level table
-constexpr uint32_t kAcPairEscape = 0x40;   // the escape: level in bits 12..23
+// load; an end of block after such a pair comes with it. Bits 0..5: the bits
+// the entry consumes (bit 5 always clear), so that the entry itself serves
+// as a shift count, which the processor takes modulo 64; 6..7: flags; 8..15:
+// the first code's scan step (run + 1; the escape's own run from its index),
+// one byte move away; 16..21: the second code's step (0: none); 22..26 and
+// 27..31: their levels, signed. Codes of twelve bits or fewer have runs up to
+// 16 and levels up to 15, which these fields hold. A long code or the escape
+// stands alone and takes its run or level from further bits; the flag in
+// bit 16, free in such entries, says which. An index opening with the end
+// of block is an entry of step kEndStep that ends the block (see
+// DecodeBlock).
+constexpr uint32_t kAcPairSlow = 0x40;     // a long code or the escape
 constexpr uint32_t kAcPairThenEnd = 0x80;  // the block ends with this entry
-constexpr uint32_t kAcPairSlow = kAcPairLong | kAcPairEscape;
+constexpr uint32_t kAcPairLong = 0x10000;  // with kAcPairSlow: seven leading zeros, second-level table;
+                                           // without it the escape, level in bits 12..23
 constexpr uint32_t kEndStep = 192;
 constexpr uint32_t AcPairStep1(uint32_t e) { return (e >> 8) & 0xFF; }
 constexpr uint32_t AcPairStep2(uint32_t e) { return (e >> 16) & 0x3F; }

@@ -34,10 +34,13 @@ struct StreamView {
 // The stream from the current position on, next bit in bit 0. A refill
 // tops the window up to at least 56 good bits without a branch: it ORs in
 // the eight bytes at `byte_` above the bits it holds and steps `byte_` over
-// the whole bytes it took. Bits above `count_` are zero or already the
-// stream's own, so ORing them again changes nothing. With kInside the caller
-// has made sure every load stays before the stream's end (see DecodeBlocks),
-// and the loads skip the end test.
+// the whole bytes it took. Bits above the count are zero or already the
+// stream's own, so ORing them again changes nothing. The count is kept
+// modulo 64, as the shifts take it: a consume may hand over a table entry
+// whole, its length in the low six bits, and spend no instruction on
+// masking the rest off in the decoder's longest chain. With kInside the
+// caller has made sure every load stays before the stream's end (see
+// DecodeBlocks), and the loads skip the end test.
 template <bool kInside = false>
 class BitWindow {
  public:
@@ -49,17 +52,18 @@ class BitWindow {
 
   VANTARO_FORCE_INLINE void Refill() {
     const uint64_t word = kInside ? LoadLe64(stream_.base + byte_) : stream_.Load64(byte_);
-    window_ |= word << count_;
-    byte_ += (63 - count_) >> 3;
+    window_ |= word << (count_ & 63);
+    byte_ += (~count_ & 63) >> 3;
     count_ |= 56;
   }
-  // `n` at most the good bits: 56 after a refill, minus what was consumed.
+  // Consumes `n` modulo 64 bits, at most the good ones: 56 after a refill,
+  // minus what was consumed since.
   VANTARO_FORCE_INLINE void Consume(uint32_t n) {
     count_ -= n;
-    window_ >>= n;
+    window_ >>= n & 63;
   }
   uint64_t Bits() const { return window_; }
-  uint64_t Position() const { return byte_ * 8 - count_; }
+  uint64_t Position() const { return byte_ * 8 - (count_ & 63); }
 
  private:
   StreamView stream_;
@@ -80,7 +84,7 @@ VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, in
                                      uint32_t& scanPos) {
   const uint32_t bits = static_cast<uint32_t>(win.Bits());
   const uint32_t e = t.acPair[bits & 0xFFF];
-  win.Consume(e & kAcPairLength);
+  win.Consume(e);
   if (e & kAcPairSlow) [[unlikely]] {
     uint32_t step;
     int32_t level;
