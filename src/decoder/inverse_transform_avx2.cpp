@@ -18,9 +18,17 @@ __m256i LoadRows(const int16_t* a, const int16_t* b, int i) {
 }
 __m256i Both(const void* p) { return _mm256_broadcastsi128_si256(Load(p)); }
 
+// A block's four stores written out: the plain loop over all of them is
+// turned into a library memset call, twice as slow for a macroblock's 1 KiB.
 void ClearBlocksAvx2(int16_t* blocks, int32_t count) {
   const __m256i zero = _mm256_setzero_si256();
-  for (int32_t i = 0; i < count * 4; ++i) _mm256_storeu_si256(reinterpret_cast<__m256i*>(blocks + i * 16), zero);
+  for (int32_t i = 0; i < count; ++i) {
+    __m256i* block = reinterpret_cast<__m256i*>(blocks + i * 64);
+    _mm256_storeu_si256(block, zero);
+    _mm256_storeu_si256(block + 1, zero);
+    _mm256_storeu_si256(block + 2, zero);
+    _mm256_storeu_si256(block + 3, zero);
+  }
 }
 
 __m256i RowPass(__m256i x, const RowTableSet& t, int32_t rounding) {
