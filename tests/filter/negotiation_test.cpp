@@ -63,9 +63,7 @@ TEST_F(Negotiation, OffersCarryAspectAndFieldOrder) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.w) + "x" + std::to_string(c.h) + " " + std::to_string(c.xPels));
-    StreamOptions options;
-    std::tie(options.xPels, options.yPels, options.avgTimePerFrame) = std::make_tuple(c.xPels, c.yPels, 333667);
-    Offer offer(c.fourcc, c.w, c.h, 0, options);
+    Offer offer(c.fourcc, c.w, c.h, 0, {.xPels = c.xPels, .yPels = c.yPels, .avgTimePerFrame = 333667});
     ASSERT_EQ(offer.result, kSOk);
     const VIDEOINFOHEADER2& info = offer.Info2();
     EXPECT_EQ(std::tie(info.dwPictAspectRatioX, info.dwPictAspectRatioY, info.dwInterlaceFlags),
@@ -87,16 +85,12 @@ TEST_F(Negotiation, PlanesCarryTheFieldOrder) {
     uint32_t interlace, typeSpecific;
   } cases[] = {{3, 37, 4}, {5, 33, 0}, {7, 0, 0}, {9, 33, 0}};  // any other count: the settings
   for (const auto& c : cases) {
-    StreamOptions options;
-    options.planes = c.planes;
-    Offer offer("VTQ0", 640, 480, 0, options);
+    Offer offer("VTQ0", 640, 480, 0, {.planes = c.planes});
     EXPECT_EQ(offer.Info2().dwInterlaceFlags, c.interlace) << "planes " << c.planes;
     EXPECT_EQ(offer.graph.decoder->State().typeSpecificFlags, c.typeSpecific) << "planes " << c.planes;
   }
   SetSetting(u"InterlaceFlags", 37);
-  StreamOptions clear;
-  clear.planes = 5;
-  EXPECT_EQ(Offer("VTQ0", 640, 480, 0, clear).Info2().dwInterlaceFlags, 33u);
+  EXPECT_EQ(Offer("VTQ0", 640, 480, 0, {.planes = 5}).Info2().dwInterlaceFlags, 33u);
 }
 
 // The offer's image size and, once connected, the line and buffer sizes the
@@ -136,7 +130,7 @@ TEST_F(Negotiation, InputAndTransformChecks) {
   lower.subtype = kGuidNull;  // the subtype is not looked at
   audio.majortype = FourCCSubtype(FourCC("auds"));
   noBlock.formattype = kGuidNull;
-  const CMediaType info2 = StreamType(FourCC("VTQ9"), 8, 8, {true});
+  const CMediaType info2 = StreamType(FourCC("VTQ9"), 8, 8, {.videoInfo2 = true});
   for (const auto& [type, result] : {std::pair<const CMediaType*, HRESULT>{&lower, kSOk}, {&info2, kSOk}, {&unknown, kVfwETypeNotAccepted},
                                      {&audio, kVfwETypeNotAccepted}, {&noBlock, kVfwETypeNotAccepted}}) {
     EXPECT_EQ(decoder.CheckInputType(type), result) << HeaderOf(*type)->biCompression;

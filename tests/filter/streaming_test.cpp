@@ -60,9 +60,7 @@ TEST_F(Streaming, SamplesMatchTheDirectFunctionsWithTimesAndFlagsRewritten) {
     const OutputFormat& row;
   } cases[] = {{"vtq2", kOutputFormatsPlain[2]}, {"vtq2", kOutputFormatsPlain[6]},
                {"VTQ7", kOutputFormatsAlpha[1]}, {"VTQ7", kOutputFormatsAlpha[4]}};
-  PushFlags marked;
-  marked.timed = marked.discontinuity = marked.preroll = true;
-  std::tie(marked.start, marked.stop) = std::make_tuple(1000, 2000);
+  const PushFlags marked{.timed = true, .start = 1000, .stop = 2000, .discontinuity = true, .preroll = true};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.fourcc) + " into " + std::to_string(c.row.compression));
     const uint32_t fourcc = FourCC(c.fourcc);
@@ -114,9 +112,7 @@ TEST_F(Streaming, RendererKindsDecideTheSampleFlags) {
       EXPECT_EQ(graph.decoder->State().writeSampleFlags, writes);
       EXPECT_EQ(graph.decoder->State().enhancedRenderer, c.enhanced);
       ASSERT_EQ(graph.Run(), kSOk);
-      PushFlags flags;
-      flags.typeSpecificFlags = 0x5A;
-      ASSERT_EQ(graph.source->Push(Frame(fourcc, 0), flags), kSOk);
+      ASSERT_EQ(graph.source->Push(Frame(fourcc, 0), {.typeSpecificFlags = 0x5A}), kSOk);
       ASSERT_EQ(graph.sink->received.size(), 1u);
       EXPECT_EQ(graph.sink->received[0].typeSpecificFlags, writes == 0 ? 0x5Au : fourcc == FourCC("VTQ1") ? 0u : 4u);
       graph.Stop();
