@@ -152,7 +152,7 @@ class TestSink final : public CBaseFilter {
 struct PushFlags {
   bool timed = false;
   ReferenceTime start = 0, stop = 0;
-  bool discontinuity = false, preroll = false, sync = false;
+  bool discontinuity = false, preroll = false;
   uint32_t typeSpecificFlags = 0;
 };
 
@@ -176,7 +176,6 @@ class TestSource final : public CBaseFilter {
     if (flags.timed) sample->SetTime(&start, &stop);
     sample->SetDiscontinuity(flags.discontinuity);
     sample->SetPreroll(flags.preroll);
-    if (flags.sync) sample->SetSyncPoint(true);
     IMediaSample2* sample2 = nullptr;  // the type-specific flags ride in the second interface's properties
     AM_SAMPLE2_PROPERTIES props{};
     sample->QueryInterface(kIidIMediaSample2, reinterpret_cast<void**>(&sample2));

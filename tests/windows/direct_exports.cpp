@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
   void* decoder = decompressBegin(&header, kGraphFourCC);
   std::vector<uint8_t> first, picture(FrameBytes(kYuy2));
   for (int f = 0; f < kFrames; ++f) {
-    std::vector<uint8_t> stream(kGraphFrameRoom);
+    std::vector<uint8_t> stream(kStreamRoom);
     const int64_t length = compressFrame(encoder, stream.data(), SourcePicture(kYuy2, f).data(), kWidth * 2);
     if (!EXPECT(length > 4 && length <= int64_t(stream.size()))) break;
     stream.resize(size_t(length));

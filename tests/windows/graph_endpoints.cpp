@@ -32,7 +32,7 @@ Endpoint NewYuy2Sink() {
 int32_t Deliver(const Endpoint& source, const std::vector<std::vector<uint8_t>>& frames) {
   HRESULT result = kSOk;
   PushFlags flags;
-  flags.timed = flags.sync = true;
+  flags.timed = true;
   for (const std::vector<uint8_t>& frame : frames) {
     flags.stop = flags.start + 400000;
     const HRESULT hr = Of<TestSource>(source)->Push(frame, flags);

@@ -18,7 +18,7 @@ struct Endpoint {
 // YUY2 described by a VIDEOINFOHEADER.
 Endpoint NewPushSource(uint32_t fourcc, int32_t width, int32_t height);
 Endpoint NewYuy2Sink();
-// Sends each frame as a key-frame sample 1/25 s long, then end of stream;
+// Sends each frame as a sample 1/25 s long, then end of stream;
 // answers the first failed delivery, or 0.
 int32_t Deliver(const Endpoint& source, const std::vector<std::vector<uint8_t>>& frames);
 // The bytes of each sample the sink received, empty unless the stream ended.

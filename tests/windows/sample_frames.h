@@ -39,7 +39,7 @@ struct VfwCase {
 constexpr VfwCase kVfwCases[] = {{"vfw_vtq2", FourCC("VTQ2"), kYuy2}, {"vfw_vtq5", FourCC("VTQ5"), kRgb32}};
 constexpr uint32_t kAviFourCC = FourCC("VTQ0"), kGraphFourCC = FourCC("VTQ2");
 constexpr int kFrames = 3;
-constexpr uint32_t kGraphFrameRoom = kWidth * kHeight * 6;
+constexpr uint32_t kStreamRoom = kWidth * kHeight * 6;  // room for any frame's stream
 
 // The crash capture: the first graph frame with its first slice overwritten
 // after its length field, so that its decode faults. In the capture
