@@ -178,6 +178,8 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
     ASSERT_EQ(Vantaro("encode " + (d / "ok.y4m").string() + " -o " + ok + " --quiet").first, 0);
     auto avi = ReadFile(ok);
     WriteBytes(d / "cut.avi", avi, avi.size() - 40);
+    const auto y4mBytes = ReadFile(d / "ok.y4m");
+    WriteBytes(d / "cut.y4m", y4mBytes, y4mBytes.size() - 1);
     // The second frame's slice lengths overwritten with nonsense.
     for (size_t i = 1; i < 12; ++i) avi[AviReader(ok).frames()[1].offset + i] = 0xff;
     WriteBytes(d / "damaged.avi", avi, avi.size());
@@ -194,6 +196,7 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
         const char* message;
     } cases[] = {
         {"encode " + (d / "bad.y4m").string() + " -o " + oa, oa, 1, "4:1:1 chroma is not supported; use 4:2:0, 4:2:2 or 4:4:4"},
+        {"encode " + (d / "cut.y4m").string() + " -o " + oa, oa, 1, "cut.y4m: file ends in the middle of a frame"},
         {"encode " + (d / "missing.y4m").string() + " -o " + oa, oa, 1, "missing.y4m: cannot open"},
         {"encode " + y4m + " -o " + (d / "no" / "dir.avi").string(), "", 1, "dir.avi: cannot create"},
         {"encode " + y4m + " -o " + oa + " --fourcc VTQ8", oa, 1, "not a Vantaro variant"},
