@@ -139,21 +139,17 @@ TEST(Cli, PngThroughAviMatchesTheLibraryBothWays) {
         std::vector<uint8_t> first, single;
         EXPECT_TRUE(reader.read_frame(0, first) && AviReader((d / "b.avi").string()).read_frame(0, single) && first == single);
 
-        ASSERT_EQ(Vantaro("decode " + avi + " -o " + (d / "out.y4m").string() + " --quiet").first, 0);
+        // Each PNG out is the library's round trip of the picture read in,
+        // through the tool's one RGB matrix.
         ASSERT_EQ(Vantaro("decode " + avi + " -o " + (d / "out_%d.png").string() + " --quiet").first, 0);
         EXPECT_FALSE(fs::exists(d / "out_3.png"));
-        File y4m = File::open_read((d / "out.y4m").string());
-        Y4mReader decoded(y4m);
         PngSequence source(in);
         const size_t n = size_t(source.format().width) * size_t(source.format().height);
-        std::vector<uint8_t> frame, got;
+        std::vector<uint8_t> frame;
         for (int i = 0; i < 3; ++i) {
             SCOPED_TRACE(i);
             ASSERT_TRUE(source.read(frame));
             const std::vector<uint8_t> expected = LibraryRoundTrip(reader.video().fourcc, c.fmt, source.format(), frame);
-            ASSERT_TRUE(decoded.read(got));
-            EXPECT_EQ(got, expected);
-            // The PNG is the same frame through the tool's one RGB matrix.
             const PngPicture png = read_png((d / ("out_" + std::to_string(i) + ".png")).string());
             ASSERT_EQ(png.channels, c.channels);
             std::vector<uint8_t> rgb(n * size_t(c.channels));
