@@ -51,11 +51,10 @@ TEST(DirectLayouts, ReceiveEveryVariantAndFeedThoseThatAgreeOnAlpha) {
 }
 
 // Tight pictures: planes back to back, lines rounded to whole pixel pairs
-// where chroma pairs need it, second planes at the stride their walks derive.
-TEST(DirectLayouts, PictureSizesCoverEveryFormat) {
+// where chroma pairs need it, second planes at the stride their walks derive
+// (the plane sets' sizes are pinned with their bytes by the golden suite).
+TEST(DirectLayouts, PictureSizesCoverEveryLayout) {
   const struct { vantaro_format format; int32_t w, h; size_t size; } cases[] = {
-      {VANTARO_FORMAT_YUV420P, 5, 3, 15 + 2 * 3 * 2}, {VANTARO_FORMAT_YUVA420P, 4, 4, 16 + 2 * 4 + 16},
-      {VANTARO_FORMAT_YUV422P, 5, 3, 15 + 2 * 3 * 3}, {VANTARO_FORMAT_YUVA444P, 3, 2, 6 * 4},
       {VANTARO_FORMAT_NV12, 6, 3, 18 + 12}, {VANTARO_FORMAT_NV12, 5, 2, 12 + 6},
       {VANTARO_FORMAT_NV16, 6, 3, 18 + 18}, {VANTARO_FORMAT_NV24, 6, 3, 18 + 36},
       {VANTARO_FORMAT_YA20, 6, 3, 36 + 12}, {VANTARO_FORMAT_YA22, 6, 3, 36 + 18},
@@ -154,15 +153,6 @@ TEST(DirectLayouts, StridesAndPlanesAnywhereGiveTheTightPicturesBytes) {
   for (int32_t y = 0; y < 16; ++y) {
     ASSERT_EQ(std::memcmp(&chroma[34 * y], &nv.At(1, 0, y), 32), 0) << y;
     EXPECT_EQ(chroma[34 * y + 32], kGuard);
-  }
-  const struct { vantaro_format format; void (*spoil)(vantaro_picture&); vantaro_status status; } refusals[] = {
-      {VANTARO_FORMAT_YUV420P, [](vantaro_picture& p) { p.strides[1] = -15; }, VANTARO_ERROR_BAD_STRIDE},
-      {VANTARO_FORMAT_RGB24, [](vantaro_picture& p) { p.strides[0] = 95; }, VANTARO_ERROR_BAD_STRIDE},
-      {VANTARO_FORMAT_NV16, [](vantaro_picture& p) { p.planes[1] = nullptr; }, VANTARO_ERROR_INVALID_ARGUMENT}};
-  for (const auto& r : refusals) {
-    Picture p(r.format, 32, 32);
-    r.spoil(p.pic);
-    EXPECT_EQ(Decode(VANTARO_FOURCC_VTQ1, frame, p.pic), r.status) << r.format;
   }
 }
 
