@@ -47,9 +47,9 @@ std::pair<int, std::string> Vantaro(const std::string& args) {
             std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>())};
 }
 
-std::vector<uint8_t> ReadFile(const fs::path& p) {
+std::string ReadFile(const fs::path& p) {
     std::ifstream in(p, std::ios::binary);
-    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
 std::vector<uint8_t> Frame(const Y4mFormat& f, int index) {
@@ -162,8 +162,8 @@ TEST(Cli, PngThroughAviMatchesTheLibraryBothWays) {
     }
 }
 
-void WriteBytes(const fs::path& p, const std::vector<uint8_t>& bytes, size_t size) {
-    std::ofstream(p, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(size));
+void WriteBytes(const fs::path& p, const std::string& bytes, size_t size) {
+    std::ofstream(p, std::ios::binary).write(bytes.data(), std::streamsize(size));
 }
 
 TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
@@ -177,7 +177,7 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
     const auto y4mBytes = ReadFile(d / "ok.y4m");
     WriteBytes(d / "cut.y4m", y4mBytes, y4mBytes.size() - 1);
     // The second frame's slice lengths overwritten with nonsense.
-    for (size_t i = 1; i < 12; ++i) avi[AviReader(ok).frames()[1].offset + i] = 0xff;
+    for (size_t i = 1; i < 12; ++i) avi[AviReader(ok).frames()[1].offset + i] = '\xff';
     WriteBytes(d / "damaged.avi", avi, avi.size());
     for (const auto& [name, type, width] : {std::tuple{"mixed_0", PNG_COLOR_TYPE_RGB, 8}, {"mixed_1", PNG_COLOR_TYPE_RGB, 9},
                                             {"alpha_0", PNG_COLOR_TYPE_RGB, 8}, {"alpha_1", PNG_COLOR_TYPE_RGBA, 8}})
@@ -239,25 +239,19 @@ TEST(Cli, InterruptedWhileReadingAPipeLeavesNothingBehind) {
                                "until ls | grep -q part-; do sleep 0.05; n=$((n+1)); [ $n -gt 600 ] && break; done; " +
                                "ls > seen.txt; kill -INT $p; wait $p; echo $? > code.txt)";
     ASSERT_EQ(std::system(("sh -c '" + script + "'").c_str()), 0);
-    const auto seen = ReadFile(d / "seen.txt"), code = ReadFile(d / "code.txt");
-    EXPECT_NE(std::string(seen.begin(), seen.end()).find("out.avi.part-"), std::string::npos);
-    EXPECT_EQ(std::string(code.begin(), code.end()), "130\n");  // killed by SIGINT, as a shell reports it
+    EXPECT_NE(ReadFile(d / "seen.txt").find("out.avi.part-"), std::string::npos);
+    EXPECT_EQ(ReadFile(d / "code.txt"), "130\n");  // killed by SIGINT, as a shell reports it
     for (const auto& e : fs::directory_iterator(d)) EXPECT_EQ(e.path().filename().string().find("out.avi"), std::string::npos);
 }
 
 // vantaro bench: a line for the chosen variant only, whose bits a pixel are
 // the library's own for the same picture, and its refusals.
 TEST(Cli, BenchPrintsTheChosenVariantWithTheLibrarysBitsPerPixel) {
-    constexpr int32_t kWidth = 64, kHeight = 48;
-    const uint32_t fourcc = VTC_FOURCC('V', 'T', 'Q', '3');
+    const char* header = "YUV4MPEG2 W64 H48 F25:1 Ip A1:1 C422";
     const fs::path d = Dir();
-    std::vector<uint8_t> picture(vantaro_picture_size(VANTARO_FORMAT_YUV422P, kWidth, kHeight));
-    for (size_t i = 0; i < picture.size(); ++i) picture[i] = uint8_t((i * 7 + (i / kWidth) * 13) & 255);
-    std::ofstream(d / "in.y4m", std::ios::binary) << "YUV4MPEG2 W64 H48 F25:1 Ip A1:1 C422\nFRAME\n"
-                                                  << std::string(picture.begin(), picture.end());
+    WriteY4m(d / "in.y4m", header, 1);
     const auto [code, err] = Vantaro("bench " + (d / "in.y4m").string() + " --fourcc vtq3 > " + (d / "out.txt").string());
-    const std::vector<uint8_t> bytes = ReadFile(d / "out.txt");
-    const std::string out(bytes.begin(), bytes.end());
+    const std::string out = ReadFile(d / "out.txt");
     ASSERT_EQ(code, 0) << err;
     const size_t at = out.find("\nVTQ3 ");
     ASSERT_NE(at, std::string::npos) << out;
@@ -267,11 +261,11 @@ TEST(Cli, BenchPrintsTheChosenVariantWithTheLibrarysBitsPerPixel) {
     double encodeRate = 0, encodeBlocks = 0, decodeRate = 0, decodeBlocks = 0, bits = 0;
     line >> variant >> chroma >> encodeRate >> encodeBlocks >> decodeRate >> decodeBlocks >> bits;
     EXPECT_TRUE(encodeRate > 0 && decodeBlocks > 0) << out;
+    std::vector<uint8_t> picture = Frame(parse_y4m_header(header, "x"), 0), frame;
     vantaro_picture p{};
-    std::vector<uint8_t> frame;
-    ASSERT_EQ(vantaro_picture_fill(&p, VANTARO_FORMAT_YUV422P, kWidth, kHeight, picture.data(), picture.size()), VANTARO_OK);
-    ASSERT_EQ(test::Encode(fourcc, p, 96, frame), VANTARO_OK);
-    EXPECT_NEAR(bits, double(frame.size()) * 8.0 / (kWidth * kHeight), 0.0005);
+    ASSERT_EQ(vantaro_picture_fill(&p, VANTARO_FORMAT_YUV422P, 64, 48, picture.data(), picture.size()), VANTARO_OK);
+    ASSERT_EQ(test::Encode(VANTARO_FOURCC_VTQ3, p, 96, frame), VANTARO_OK);
+    EXPECT_NEAR(bits, double(frame.size()) * 8.0 / (64 * 48), 0.0005);
 
     // One refusal: the option ranges and --fourcc share their parsers with
     // encode, whose refusals are covered above.
