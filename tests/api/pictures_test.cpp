@@ -1,10 +1,12 @@
-// The packed and semi-planar layouts through the native door: which can feed
-// which variant, picture sizes, and the staging that takes any size, stride
-// and placement. The bytes the walks produce are pinned by the golden suite;
-// here the door's own geometry.
+// Pictures through the native door: which packed and semi-planar layouts
+// can feed which variant, picture sizes, the staging that takes any size,
+// stride and placement, and the plane sets at odd sizes and bottom-up. The
+// bytes the walks produce are pinned by the golden suite; here the door's
+// own geometry.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "support/pictures.h"
@@ -123,32 +125,98 @@ TEST(DirectLayouts, AnySizeAndPlacementCodesAsItsPlanes) {
   }
 }
 
-TEST(DirectLayouts, StridesAndPlanesAnywhereGiveTheTightPicturesBytes) {
-  Picture tight(VANTARO_FORMAT_RGB24, 32, 32);
-  Fill(tight, Content::kSmooth);
-  std::vector<uint8_t> padded(100 * 32), a, b;
-  vantaro_picture loose = tight.pic;
-  loose.planes[0] = padded.data();
-  loose.strides[0] = 100;  // holds the line, but not in whole 8-byte units
-  for (int32_t y = 0; y < 32; ++y) std::memcpy(&padded[100 * y], &tight.At(0, 0, y), 96);
-  ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ4, tight.pic, 90, a), VANTARO_OK);
-  ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ4, loose, 90, b), VANTARO_OK);
-  EXPECT_EQ(a, b);
+// A copy of a tight picture in buffers of its own: each plane's lines
+// `pad[p]` bytes further apart, the gaps holding guard bytes, and bottom-up
+// through negative strides when asked.
+struct Relaid {
+  std::vector<uint8_t> bytes[4];
+  vantaro_picture pic{};
+  std::array<int32_t, 4> pad;
+  Relaid(const Picture& tight, std::array<int32_t, 4> padding, bool bottomUp) : pic(tight.pic), pad(padding) {
+    for (int p = 0; p < 4; ++p) {
+      const Extent e = tight.Of(p);
+      if (e.lines == 0) continue;
+      const int32_t stride = e.bytes + pad[p];
+      bytes[p].assign(static_cast<size_t>(stride) * e.lines, kGuard);
+      pic.planes[p] = bottomUp ? &bytes[p][static_cast<size_t>(e.lines - 1) * stride] : bytes[p].data();
+      pic.strides[p] = bottomUp ? -stride : stride;
+      for (int32_t y = 0; y < e.lines; ++y) std::memcpy(Line(p, y), &tight.At(p, 0, y), e.bytes);
+    }
+  }
+  uint8_t* Line(int p, int32_t y) const { return pic.planes[p] + static_cast<ptrdiff_t>(y) * pic.strides[p]; }
+  // The samples back into `tight`; false if a padding byte changed.
+  bool CopyTo(Picture& tight) const {
+    for (int p = 0; p < 4; ++p) {
+      const Extent e = tight.Of(p);
+      for (int32_t y = 0; y < e.lines; ++y) {
+        std::memcpy(&tight.At(p, 0, y), Line(p, y), e.bytes);
+        if (std::count(Line(p, y) + e.bytes, Line(p, y) + e.bytes + pad[p], kGuard) != pad[p]) return false;
+      }
+    }
+    return true;
+  }
+};
 
-  Picture source(VANTARO_FORMAT_YUVA420P, 32, 32);
-  Fill(source, Content::kSmooth);
-  std::vector<uint8_t> frame;
-  ASSERT_EQ(Encode(VANTARO_FOURCC_VTQ1, source.pic, 90, frame), VANTARO_OK);
-  // NV12 chroma two bytes further apart than the walks derive: staged.
-  Picture nv(VANTARO_FORMAT_NV12, 32, 32), wide(VANTARO_FORMAT_NV12, 32, 32);
-  std::vector<uint8_t> chroma(34 * 16, kGuard);
-  wide.pic.planes[1] = chroma.data();
-  wide.pic.strides[1] = 34;
-  ASSERT_EQ(Decode(VANTARO_FOURCC_VTQ1, frame, nv.pic), VANTARO_OK);
-  ASSERT_EQ(Decode(VANTARO_FOURCC_VTQ1, frame, wide.pic), VANTARO_OK);
-  for (int32_t y = 0; y < 16; ++y) {
-    ASSERT_EQ(std::memcmp(&chroma[34 * y], &nv.At(1, 0, y), 32), 0) << y;
-    EXPECT_EQ(chroma[34 * y + 32], kGuard);
+// A relaid copy of `in` codes to the bytes `in` codes to, and that frame
+// decodes into a relaid picture as into a tight one, padding untouched.
+void ExpectRelaidCodesAsTight(uint32_t fourcc, const Picture& in, std::array<int32_t, 4> pad, bool bottomUp) {
+  std::vector<uint8_t> frame, relaidFrame;
+  ASSERT_EQ(Encode(fourcc, in.pic, 95, frame), VANTARO_OK);
+  ASSERT_EQ(Encode(fourcc, Relaid(in, pad, bottomUp).pic, 95, relaidFrame), VANTARO_OK);
+  EXPECT_EQ(relaidFrame, frame);
+  Picture out(in.pic.format, in.pic.width, in.pic.height), relaidOut(in.pic.format, in.pic.width, in.pic.height);
+  const Relaid target(relaidOut, pad, bottomUp);
+  ASSERT_EQ(Decode(fourcc, frame, out.pic), VANTARO_OK);
+  ASSERT_EQ(Decode(fourcc, frame, target.pic), VANTARO_OK);
+  EXPECT_TRUE(target.CopyTo(relaidOut));
+  EXPECT_EQ(relaidOut.bytes, out.bytes);
+}
+
+// Strides the walks cannot take go through the handle's staging as well.
+TEST(DirectLayouts, StridesAnywhereGiveTheTightPicturesBytes) {
+  Picture rgb(VANTARO_FORMAT_RGB24, 32, 32), nv(VANTARO_FORMAT_NV12, 32, 32);
+  Fill(rgb, Content::kSmooth);
+  Fill(nv, Content::kSmooth);
+  ExpectRelaidCodesAsTight(VANTARO_FOURCC_VTQ4, rgb, {4}, false);    // lines apart by no whole 8-byte units
+  ExpectRelaidCodesAsTight(VANTARO_FOURCC_VTQ1, nv, {0, 2}, false);  // chroma further apart than derived
+}
+
+// Odd sizes code as the picture at the coded size with its right columns and
+// bottom line repeated, and decode into its crop; bottom-up padded pictures
+// code and decode as top-down ones.
+TEST(PlaneSets, OddSizesAndBottomUpPicturesCodeAsTheCodedTopDownPicture) {
+  const int32_t sizes[][2] = {{1, 1}, {17, 3}, {33, 35}, {50, 6}, {37, 29}};
+  for (const vantaro_format format : kPlaneSets) {
+    for (const uint32_t fourcc : {VANTARO_FOURCC_VTQ1, VANTARO_FOURCC_VTQ3, VANTARO_FOURCC_VTQ9}) {
+      for (const auto& s : sizes) {
+        SCOPED_TRACE(Name(fourcc) + " format " + std::to_string(format) + " " + std::to_string(s[0]) + "x" +
+                     std::to_string(s[1]));
+        int32_t cw = 0, ch = 0;
+        ASSERT_EQ(vantaro_coded_size(s[0], s[1], &cw, &ch), VANTARO_OK);
+        Picture in(format, s[0], s[1]), coded(format, cw, ch), out(format, s[0], s[1]);
+        Fill(in, Content::kNoise, static_cast<uint32_t>(s[0] * 100 + s[1]));
+        for (int p = 0; p < 4; ++p) {
+          for (int32_t y = 0; y < coded.Of(p).lines; ++y) {
+            for (int32_t x = 0; x < coded.Of(p).bytes; ++x) {
+              coded.At(p, x, y) = in.At(p, std::min(x, in.Of(p).bytes - 1), std::min(y, in.Of(p).lines - 1));
+            }
+          }
+        }
+        std::vector<uint8_t> frame, codedFrame;
+        ASSERT_EQ(Encode(fourcc, in.pic, 95, frame), VANTARO_OK);
+        ASSERT_EQ(Encode(fourcc, coded.pic, 95, codedFrame), VANTARO_OK);
+        EXPECT_EQ(frame, codedFrame);
+        ASSERT_EQ(Decode(fourcc, frame, out.pic), VANTARO_OK);
+        ASSERT_EQ(Decode(fourcc, frame, coded.pic), VANTARO_OK);
+        EXPECT_TRUE(out.GuardsIntact());
+        for (int p = 0; p < 4; ++p) {
+          for (int32_t y = 0; y < out.Of(p).lines; ++y) {
+            ASSERT_EQ(std::memcmp(&out.At(p, 0, y), &coded.At(p, 0, y), out.Of(p).bytes), 0) << p << "," << y;
+          }
+        }
+        ExpectRelaidCodesAsTight(fourcc, in, {11, 11, 11, 11}, true);
+      }
+    }
   }
 }
 
