@@ -81,11 +81,7 @@ std::vector<uint8_t> LibraryRoundTrip(uint32_t fourcc, vantaro_format fmt, const
 }
 
 TEST(Cli, Y4mThroughAviMatchesTheLibraryAtEveryThreadCount) {
-    const struct {
-        const char* header;
-        const char* fourcc;
-        vantaro_format fmt;
-    } cases[] = {
+    const struct { const char* header; const char* fourcc; vantaro_format fmt; } cases[] = {
         {"YUV4MPEG2 W37 H21 F30000:1001 It C420mpeg2", "VTQ0", VANTARO_FORMAT_YUV420P},
         {"YUV4MPEG2 W48 H16 F25:1 Ib C422", "VTQ2", VANTARO_FORMAT_YUV422P},
         {"YUV4MPEG2 W33 H18 F24:1 Ip C444alpha", "VTQ5", VANTARO_FORMAT_YUVA444P},
@@ -116,12 +112,8 @@ TEST(Cli, Y4mThroughAviMatchesTheLibraryAtEveryThreadCount) {
 }
 
 TEST(Cli, PngThroughAviMatchesTheLibraryBothWays) {
-    const struct {
-        int type;
-        const char* fourcc;
-        vantaro_format fmt;
-        int channels;
-    } cases[] = {{PNG_COLOR_TYPE_RGB, "VTQ4", VANTARO_FORMAT_YUV444P, 3},
+    const struct { int type; const char* fourcc; vantaro_format fmt; int channels; } cases[] = {
+                 {PNG_COLOR_TYPE_RGB, "VTQ4", VANTARO_FORMAT_YUV444P, 3},
                  {PNG_COLOR_TYPE_GRAY_ALPHA, "VTQ5", VANTARO_FORMAT_YUVA444P, 4}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.type);
@@ -186,11 +178,8 @@ TEST(Cli, FailuresSayWhatIsWrongAndLeaveNoOutput) {
     WriteBytes(d / "cut.png", png, png.size() / 2);
     const std::string o = (d / "out.y4m").string(), oa = (d / "out.avi").string(), op = (d / "out.png").string();
     const std::string y4m = (d / "ok.y4m").string();
-    const struct {
-        std::string args, out;
-        int code;
-        const char* message;
-    } cases[] = {
+    // {arguments, output that must not be left, exit code, message}
+    const struct { std::string args, out; int code; const char* message; } cases[] = {
         {"encode " + (d / "bad.y4m").string() + " -o " + oa, oa, 1, "4:1:1 chroma is not supported; use 4:2:0, 4:2:2 or 4:4:4"},
         {"encode " + (d / "cut.y4m").string() + " -o " + oa, oa, 1, "cut.y4m: file ends in the middle of a frame"},
         {"encode " + (d / "missing.y4m").string() + " -o " + oa, oa, 1, "missing.y4m: cannot open"},

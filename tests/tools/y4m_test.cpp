@@ -11,15 +11,9 @@ namespace vantaro::tool {
 namespace {
 
 TEST(Y4m, ParsesHeaders) {
-    struct Case {
-        const char* line;
-        int32_t w, h;
-        uint32_t rate, scale;
-        Chroma chroma;
-        bool interlaced, tff;
-        size_t frame_bytes;
-    };
-    const Case cases[] = {
+    const struct Case {
+        const char* line; int32_t w, h; uint32_t rate, scale; Chroma chroma; bool interlaced, tff; size_t frame_bytes;
+    } cases[] = {
         {"YUV4MPEG2 W1920 H1080 F25:1 It A1:1 C420jpeg", 1920, 1080, 25, 1, Chroma::k420, true, true, 1920 * 1080 * 3 / 2},
         {"YUV4MPEG2 W7 H5 F30000:1001 Ib C420paldv XYSCSS=420", 7, 5, 30000, 1001, Chroma::k420, true, false, 35 + 2 * 12},
         {"YUV4MPEG2 W16 H2", 16, 2, 25, 1, Chroma::k420, false, true, 48},
