@@ -38,18 +38,16 @@ fs::path Dir() {
     return TestPath();
 }
 
+std::string ReadFile(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
 // Runs the program through the shell: its exit code and standard error.
 std::pair<int, std::string> Vantaro(const std::string& args) {
     const std::string err = TestPath().string() + ".err";
     const int status = std::system((std::string(VANTARO_CLI_PATH) + " " + args + " 2>" + err).c_str());
-    std::ifstream in(err);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
-            std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>())};
-}
-
-std::string ReadFile(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(err)};
 }
 
 std::vector<uint8_t> Frame(const Y4mFormat& f, int index) {
