@@ -20,25 +20,24 @@ class DamagedFrames : public testing::TestWithParam<uint32_t> {
     Picture in(VANTARO_FORMAT_YUVA444P, kWidth, kHeight);
     Fill(in, Content::kNoise);
     ASSERT_EQ(Encode(GetParam(), in.pic, 90, frame), VANTARO_OK);
+    ASSERT_EQ(vantaro_frame_inspect(frame.data(), frame.size(), &info), VANTARO_OK);
     ASSERT_EQ(vantaro_decoder_create(GetParam(), kWidth, kHeight, nullptr, &decoder), VANTARO_OK);
     ASSERT_EQ(DecodeInto(frame, frame.size(), clean), VANTARO_OK);
   }
   void TearDown() override { vantaro_decoder_destroy(decoder); }
   // `length` bytes of `bytes`, copied to a block of exactly that size so that
   // the sanitizer sees any read beyond it.
-  vantaro_status DecodeInto(const std::vector<uint8_t>& bytes, size_t length, Picture& out,
-                            vantaro_decode_report* report = nullptr) {
+  vantaro_status DecodeInto(const std::vector<uint8_t>& bytes, size_t length, Picture& out, vantaro_decode_report* report = nullptr) {
     const std::vector<uint8_t> exact(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length));
     return vantaro_decode(decoder, length != 0 ? exact.data() : bytes.data(), length, &out.pic, report);
   }
   std::vector<uint8_t> frame;
+  vantaro_frame_info info{};
   vantaro_decoder* decoder = nullptr;
   Picture clean{VANTARO_FORMAT_YUVA444P, kWidth, kHeight};
 };
 
 TEST_P(DamagedFrames, GarbageInOneSliceStaysInThatSlice) {
-  vantaro_frame_info info;
-  ASSERT_EQ(vantaro_frame_inspect(frame.data(), frame.size(), &info), VANTARO_OK);
   size_t at = 4;  // slices follow the frame header, field by field
   uint32_t reported = 0;
   for (uint32_t slice = 0; slice < 8; ++slice) {
@@ -60,8 +59,6 @@ TEST_P(DamagedFrames, GarbageInOneSliceStaysInThatSlice) {
 TEST_P(DamagedFrames, CutFramesAndLyingHeadersAreRefusedWhole) {
   // The header reads back as written: quality, the second field starting
   // where the first field's slices end, and every byte accounted for.
-  vantaro_frame_info info;
-  ASSERT_EQ(vantaro_frame_inspect(frame.data(), frame.size(), &info), VANTARO_OK);
   const uint32_t* len = info.slice_lengths;
   EXPECT_EQ(info.quality, 90u);
   EXPECT_EQ(info.second_field_offset, 4 + len[0] + len[1] + len[2] + len[3]);
