@@ -50,10 +50,9 @@ std::pair<int, std::string> Vantaro(const std::string& args) {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(err)};
 }
 
+// Frame `index` of a stream: the suites' picture pattern.
 std::vector<uint8_t> Frame(const Y4mFormat& f, int index) {
-    std::vector<uint8_t> b(f.frame_bytes());
-    for (size_t i = 0; i < b.size(); ++i) b[i] = uint8_t((i % size_t(f.width)) * 3 + (i / size_t(f.width)) * 5 + index * 17);
-    return b;
+    return test::PatternBytes(f.frame_bytes(), uint32_t(index), f.width);
 }
 
 void WriteY4m(const fs::path& p, const char* header, int frames) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/pictures.h"
+
 namespace vantaro::tool::testing {
 
 struct PngPlan {
@@ -60,14 +62,11 @@ inline bool MakePng(const std::string& path, const PngPlan& s) {
     return std::fclose(f) == 0;
 }
 
-// An odd-sized picture whose samples vary with position and `seed`.
+// A picture whose samples vary with position and `seed`: the suites' pattern.
 inline PngPlan Pattern(int color_type, int width, int height, int seed) {
-    PngPlan s{width, height, color_type, 8, {}, {}, {}, -1};
-    const int ch = PlanChannels(color_type);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            for (int c = 0; c < ch; ++c) s.samples.push_back(uint16_t((x * (7 + c) + y * (3 + 2 * c) + seed * 29) & 255));
-    return s;
+    const int line = width * PlanChannels(color_type);
+    const std::vector<uint8_t> bytes = test::PatternBytes(size_t(line) * size_t(height), uint32_t(seed), line);
+    return {width, height, color_type, 8, std::vector<uint16_t>(bytes.begin(), bytes.end()), {}, {}, -1};
 }
 
 }  // namespace vantaro::tool::testing
