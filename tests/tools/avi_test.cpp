@@ -12,6 +12,7 @@
 #include "avi/avi.h"
 #include "avi/riff.h"
 #include "io/file.h"
+#include "support/pictures.h"
 
 namespace vantaro::tool {
 namespace {
@@ -20,11 +21,9 @@ std::string TempPath(const std::string& name) {
     return (std::filesystem::temp_directory_path() / ("vantaro_tools_" + name)).string();
 }
 
+// Odd and even lengths, including one empty frame.
 std::vector<uint8_t> FrameBytes(size_t index) {
-    // Odd and even lengths, including one empty frame.
-    std::vector<uint8_t> bytes((index * 977 + 13) % 3001);
-    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = uint8_t(i * 31 + index * 7);
-    return bytes;
+    return test::PatternBytes((index * 977 + 13) % 3001, uint32_t(index), 64);
 }
 
 TEST(Avi, WriterReaderRoundTripAcrossSegments) {
