@@ -3,7 +3,8 @@
 // frame that needs more; the native encoder answers BUFFER_TOO_SMALL for any
 // shorter capacity and never needs more than vantaro_frame_bound(). Guard
 // bytes behind every buffer must survive. Pictures are binary noise (every
-// byte 0 or 255), the largest frames the worst-case search found.
+// byte 0 or 255), the largest frames the worst-case search found. A field
+// the frame header cannot address is refused.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -81,6 +82,14 @@ TEST(Capacity, FrameBoundSufficesAndShorterRoomsAreRefused) {
       vantaro_encoder_destroy(encoder);
     }
   }
+}
+
+// 4K noise as 4:4:4 at quality 99 outgrows the header's 24-bit field offset.
+TEST(Capacity, AFieldPastTheHeaderLimitIsFrameTooLarge) {
+  Picture in(VANTARO_FORMAT_YUV444P, 3840, 2160);
+  Fill(in, Content::kNoise);
+  std::vector<uint8_t> frame;
+  EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ4, in.pic, 99, frame), VANTARO_ERROR_FRAME_TOO_LARGE);
 }
 
 }  // namespace
