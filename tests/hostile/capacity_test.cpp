@@ -3,7 +3,8 @@
 // frame that needs more; the native encoder answers BUFFER_TOO_SMALL for any
 // shorter capacity and never needs more than vantaro_frame_bound(). Guard
 // bytes behind every buffer must survive. Pictures are binary noise (every
-// byte 0 or 255), the largest frames the worst-case search found.
+// byte 0 or 255), the largest frames the worst-case search found. A field
+// the frame header cannot address is refused.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,13 +20,11 @@ bool GuardIntact(const std::vector<uint8_t>& buffer, size_t used) {
                      [](uint8_t b) { return b == kGuard; });
 }
 
-std::vector<uint8_t> BinaryNoise(size_t bytes, uint32_t seed) {
-  std::vector<uint8_t> out(bytes);
-  for (uint8_t& b : out) {
+void BinaryNoise(uint8_t* first, uint8_t* last, uint32_t seed) {
+  for (uint8_t* b = first; b != last; ++b) {
     seed = seed * 1664525u + 1013904223u;
-    b = (seed >> 31) != 0 ? 255 : 0;
+    *b = (seed >> 31) != 0 ? 255 : 0;
   }
-  return out;
 }
 
 TEST(Capacity, DriverFillsAtMostSixBytesAPixelOrRefuses) {
@@ -39,7 +38,8 @@ TEST(Capacity, DriverFillsAtMostSixBytesAPixelOrRefuses) {
     driver.Send(ICM_SETQUALITY, &quality);
     const uint16_t bits = alpha ? 32 : 24;
     BITMAPINFOHEADER input{40, 64, 64, 1, bits, alpha ? FourCC("AYUV") : 0, 64u * 64 * bits / 8, 0, 0, 0, 0};
-    const std::vector<uint8_t> picture = BinaryNoise(input.biSizeImage, FourCC(variant));
+    std::vector<uint8_t> picture(input.biSizeImage);
+    BinaryNoise(picture.data(), picture.data() + picture.size(), FourCC(variant));
     BITMAPINFOHEADER output{};
     ASSERT_EQ(driver.Send(ICM_COMPRESS_GET_FORMAT, &input, &output), ICERR_OK);
     ASSERT_EQ(driver.Send(ICM_COMPRESS_BEGIN, &input, &output), ICERR_OK);
@@ -47,8 +47,7 @@ TEST(Capacity, DriverFillsAtMostSixBytesAPixelOrRefuses) {
     ASSERT_EQ(advertised, size_t{6} * 64 * 64);
     std::vector<uint8_t> room(advertised + 64, kGuard);
     uint32_t flags = 0;
-    ICCOMPRESS frame{0, &output, room.data(), &input, const_cast<uint8_t*>(picture.data()), nullptr, &flags,
-                     0, 0, 0, nullptr, nullptr};
+    ICCOMPRESS frame{0, &output, room.data(), &input, picture.data(), nullptr, &flags, 0, 0, 0, nullptr, nullptr};
     EXPECT_EQ(driver.Send(ICM_COMPRESS, &frame), alpha ? ICERR_BADFORMAT : ICERR_OK);
     EXPECT_LE(output.biSizeImage, advertised);
     EXPECT_TRUE(GuardIntact(room, advertised));
@@ -62,9 +61,8 @@ TEST(Capacity, FrameBoundSufficesAndShorterRoomsAreRefused) {
     for (const auto& [width, height] : {std::pair{1, 1}, {17, 3}, {64, 64}}) {
       SCOPED_TRACE(Name(fourcc) + " " + std::to_string(width) + "x" + std::to_string(height));
       Picture picture(VANTARO_FORMAT_YUVA444P, width, height);
-      const std::vector<uint8_t> noise = BinaryNoise(picture.bytes.size(), static_cast<uint32_t>(width * 131 + height));
-      std::copy(noise.begin() + Picture::kGuardBytes, noise.end() - Picture::kGuardBytes,
-                picture.bytes.begin() + Picture::kGuardBytes);
+      uint8_t* const first = picture.bytes.data() + Picture::kGuardBytes;
+      BinaryNoise(first, first + picture.bytes.size() - 2 * Picture::kGuardBytes, static_cast<uint32_t>(width * 131 + height));
       vantaro_encoder* encoder = nullptr;
       ASSERT_EQ(vantaro_encoder_create(fourcc, width, height, 99, nullptr, &encoder), VANTARO_OK);
       const size_t bound = vantaro_frame_bound(fourcc, width, height);
@@ -84,6 +82,14 @@ TEST(Capacity, FrameBoundSufficesAndShorterRoomsAreRefused) {
       vantaro_encoder_destroy(encoder);
     }
   }
+}
+
+// 4K noise as 4:4:4 at quality 99 outgrows the header's 24-bit field offset.
+TEST(Capacity, AFieldPastTheHeaderLimitIsFrameTooLarge) {
+  Picture in(VANTARO_FORMAT_YUV444P, 3840, 2160);
+  Fill(in, Content::kNoise);
+  std::vector<uint8_t> frame;
+  EXPECT_EQ(Encode(VANTARO_FOURCC_VTQ4, in.pic, 99, frame), VANTARO_ERROR_FRAME_TOO_LARGE);
 }
 
 }  // namespace

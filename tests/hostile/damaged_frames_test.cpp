@@ -20,25 +20,24 @@ class DamagedFrames : public testing::TestWithParam<uint32_t> {
     Picture in(VANTARO_FORMAT_YUVA444P, kWidth, kHeight);
     Fill(in, Content::kNoise);
     ASSERT_EQ(Encode(GetParam(), in.pic, 90, frame), VANTARO_OK);
+    ASSERT_EQ(vantaro_frame_inspect(frame.data(), frame.size(), &info), VANTARO_OK);
     ASSERT_EQ(vantaro_decoder_create(GetParam(), kWidth, kHeight, nullptr, &decoder), VANTARO_OK);
     ASSERT_EQ(DecodeInto(frame, frame.size(), clean), VANTARO_OK);
   }
   void TearDown() override { vantaro_decoder_destroy(decoder); }
   // `length` bytes of `bytes`, copied to a block of exactly that size so that
   // the sanitizer sees any read beyond it.
-  vantaro_status DecodeInto(const std::vector<uint8_t>& bytes, size_t length, Picture& out,
-                            vantaro_decode_report* report = nullptr) {
+  vantaro_status DecodeInto(const std::vector<uint8_t>& bytes, size_t length, Picture& out, vantaro_decode_report* report = nullptr) {
     const std::vector<uint8_t> exact(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length));
     return vantaro_decode(decoder, length != 0 ? exact.data() : bytes.data(), length, &out.pic, report);
   }
   std::vector<uint8_t> frame;
+  vantaro_frame_info info{};
   vantaro_decoder* decoder = nullptr;
   Picture clean{VANTARO_FORMAT_YUVA444P, kWidth, kHeight};
 };
 
 TEST_P(DamagedFrames, GarbageInOneSliceStaysInThatSlice) {
-  vantaro_frame_info info;
-  ASSERT_EQ(vantaro_frame_inspect(frame.data(), frame.size(), &info), VANTARO_OK);
   size_t at = 4;  // slices follow the frame header, field by field
   uint32_t reported = 0;
   for (uint32_t slice = 0; slice < 8; ++slice) {
@@ -58,14 +57,29 @@ TEST_P(DamagedFrames, GarbageInOneSliceStaysInThatSlice) {
 }
 
 TEST_P(DamagedFrames, CutFramesAndLyingHeadersAreRefusedWhole) {
+  // The header reads back as written: quality, the second field starting
+  // where the first field's slices end, and every byte accounted for.
+  const uint32_t* len = info.slice_lengths;
+  EXPECT_EQ(info.quality, 90u);
+  EXPECT_EQ(info.second_field_offset, 4 + len[0] + len[1] + len[2] + len[3]);
+  EXPECT_EQ(info.frame_bytes, info.second_field_offset + len[4] + len[5] + len[6] + len[7]);
+  EXPECT_EQ(info.frame_bytes, frame.size());
   Picture out(VANTARO_FORMAT_YUVA444P, kWidth, kHeight);
   for (size_t length = 0; length < frame.size(); length += 1 + length / 8) {
     // The header accounts for every byte, so any cut shows before decoding.
     EXPECT_EQ(DecodeInto(frame, length, out), VANTARO_ERROR_TRUNCATED) << length;
   }
-  std::vector<uint8_t> lying = frame;
-  lying[1] ^= 0x01;  // the second-field offset no longer meets the first field's end
-  EXPECT_EQ(DecodeInto(lying, lying.size(), out), VANTARO_ERROR_BAD_HEADER);
+  // A 24-bit header field rewritten: the second-field offset off by one, a
+  // slice shorter than its own length bytes, a slice running past the end.
+  const struct { size_t at; uint32_t value; vantaro_status status; } lies[] = {
+      {1, info.second_field_offset + 1, VANTARO_ERROR_BAD_HEADER},
+      {4, 2, VANTARO_ERROR_BAD_HEADER},
+      {4 + len[0], 0xFFFFFF, VANTARO_ERROR_TRUNCATED}};
+  for (const auto& lie : lies) {
+    std::vector<uint8_t> lying = frame;
+    for (size_t i = 0; i < 3; ++i) lying[lie.at + i] = static_cast<uint8_t>(lie.value >> (8 * i));
+    EXPECT_EQ(DecodeInto(lying, lying.size(), out), lie.status) << "field at " << lie.at;
+  }
   EXPECT_EQ(DecodeInto(frame, frame.size(), out), VANTARO_OK);
   EXPECT_EQ(out.bytes, clean.bytes);
 }

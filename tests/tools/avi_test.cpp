@@ -12,6 +12,7 @@
 #include "avi/avi.h"
 #include "avi/riff.h"
 #include "io/file.h"
+#include "support/pictures.h"
 
 namespace vantaro::tool {
 namespace {
@@ -20,11 +21,9 @@ std::string TempPath(const std::string& name) {
     return (std::filesystem::temp_directory_path() / ("vantaro_tools_" + name)).string();
 }
 
+// Odd and even lengths, including one empty frame.
 std::vector<uint8_t> FrameBytes(size_t index) {
-    // Odd and even lengths, including one empty frame.
-    std::vector<uint8_t> bytes((index * 977 + 13) % 3001);
-    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = uint8_t(i * 31 + index * 7);
-    return bytes;
+    return test::PatternBytes((index * 977 + 13) % 3001, uint32_t(index), 64);
 }
 
 TEST(Avi, WriterReaderRoundTripAcrossSegments) {
@@ -58,23 +57,20 @@ TEST(Avi, WriterReaderRoundTripAcrossSegments) {
         EXPECT_TRUE(segments ? riffs == segments : riffs > 1) << riffs;
 
         AviReader reader(path);
-        EXPECT_FALSE(reader.truncated());
         const AviVideo& v = reader.video();
-        EXPECT_EQ(v.fourcc, fourcc("VTQ2"));
-        EXPECT_EQ(std::tie(v.coded_width, v.coded_height, v.display_width, v.display_height, v.rate, v.scale),
-                  std::tie(video.coded_width, video.coded_height, video.display_width, video.display_height,
-                           video.rate, video.scale));
-        EXPECT_TRUE(v.interlaced);
-        EXPECT_FALSE(v.top_field_first);
-        size_t largest = 0;
-        for (size_t i = 0; i < frames; ++i) largest = std::max(largest, FrameBytes(i).size());
-        EXPECT_EQ(v.size_image, largest);  // the largest frame beats the given bound
-        ASSERT_EQ(reader.frames().size(), frames);
+        // The writer stores the FourCC in capitals.
+        EXPECT_EQ(std::tie(v.fourcc, v.coded_width, v.coded_height, v.display_width, v.display_height, v.rate, v.scale,
+                           v.interlaced, v.top_field_first),
+                  std::make_tuple(fourcc("VTQ2"), 1936, 1080, 1921, 1079, 30000u, 1001u, true, false));
+        ASSERT_EQ(std::make_tuple(reader.truncated(), reader.frames().size()), std::make_tuple(false, frames));
         std::vector<uint8_t> got;
+        size_t largest = 0;
         for (size_t i = 0; i < frames; ++i) {
             ASSERT_TRUE(reader.read_frame(i, got));
             EXPECT_EQ(got, FrameBytes(i)) << "frame " << i;
+            largest = std::max(largest, got.size());
         }
+        EXPECT_EQ(v.size_image, largest);  // the largest frame beats the given bound
         std::filesystem::remove(path);
     }
 }
@@ -92,32 +88,30 @@ std::vector<uint8_t> ForeignAvi(bool rec_lists, bool with_index) {
         for (int i = 0; i < 4; ++i) p.bytes[open.back() + size_t(i)] = uint8_t(size >> (8 * i));
         open.pop_back();
     };
-    // A chunk of these words, then `zeros` bytes of `fill`, padded to even.
-    const auto chunk = [&](const char (&id)[5], std::initializer_list<uint32_t> words, size_t zeros, uint8_t fill = 0) {
-        p.u32(fourcc(id)), p.u32(uint32_t(words.size() * 4 + zeros));
+    // A chunk of these words, then `tail`, padded to even.
+    const auto chunk = [&](const char (&id)[5], std::initializer_list<uint32_t> words, const std::vector<uint8_t>& tail) {
+        p.u32(fourcc(id)), p.u32(uint32_t(words.size() * 4 + tail.size()));
         for (const uint32_t w : words) p.u32(w);
-        p.bytes.insert(p.bytes.end(), zeros, fill), p.bytes.insert(p.bytes.end(), zeros & 1, 0);
+        p.bytes.insert(p.bytes.end(), tail.begin(), tail.end()), p.zeros(tail.size() & 1);
     };
+    const auto zeros = [](size_t n) { return std::vector<uint8_t>(n); };
     begin("RIFF", "AVI "), begin("LIST", "hdrl");
-    chunk("avih", {}, 56), chunk("JUNK", {}, 3);
-    begin("LIST", "strl"), chunk("strh", {fourcc("auds")}, 52), end();
+    chunk("avih", {}, zeros(56)), chunk("JUNK", {}, zeros(3));
+    begin("LIST", "strl"), chunk("strh", {fourcc("auds")}, zeros(52)), end();
     begin("LIST", "strl");
-    chunk("strh", {fourcc("vids"), 0, 0, 0, 0, 1, 24}, 28);  // no handler; rate 24
+    chunk("strh", {fourcc("vids"), 0, 0, 0, 0, 1, 24}, zeros(28));  // no handler; rate 24
     // 64 wide, 16 high top-down (a negative height), one plane of 24 bits.
-    chunk("strf", {40, 64, uint32_t(-16), 1 | 24 << 16, fourcc("vtq0")}, 20);
+    chunk("strf", {40, 64, uint32_t(-16), 1 | 24 << 16, fourcc("vtq0")}, zeros(20));
     end(), end();
     begin("LIST", "movi");
     for (size_t i = 0; i < 5; ++i) {
         if (rec_lists) begin("LIST", "rec ");
-        chunk("00wb", {}, 7, 9);
-        const std::vector<uint8_t> frame = FrameBytes(i + 1);
-        p.u32(fourcc("01dc")), p.u32(uint32_t(frame.size()));
-        p.bytes.insert(p.bytes.end(), frame.begin(), frame.end());
-        if (frame.size() & 1) p.u8(0);
+        chunk("00wb", {}, std::vector<uint8_t>(7, 9));
+        chunk("01dc", {}, FrameBytes(i + 1));
         if (rec_lists) end();
     }
     end();
-    if (with_index) chunk("idx1", {}, 16);  // partial
+    if (with_index) chunk("idx1", {}, zeros(16));  // partial
     end();
     return p.bytes;
 }

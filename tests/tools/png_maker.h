@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/pictures.h"
+
 namespace vantaro::tool::testing {
 
 struct PngPlan {
@@ -21,12 +23,8 @@ struct PngPlan {
 };
 
 inline int PlanChannels(int color_type) {
-    switch (color_type) {
-        case PNG_COLOR_TYPE_GRAY_ALPHA: return 2;
-        case PNG_COLOR_TYPE_RGB: return 3;
-        case PNG_COLOR_TYPE_RGB_ALPHA: return 4;
-        default: return 1;
-    }
+    return color_type == PNG_COLOR_TYPE_RGB_ALPHA ? 4 : color_type == PNG_COLOR_TYPE_RGB ? 3
+         : color_type == PNG_COLOR_TYPE_GRAY_ALPHA ? 2 : 1;
 }
 
 // False if libpng refused; the file is then incomplete.
@@ -47,20 +45,15 @@ inline bool MakePng(const std::string& path, const PngPlan& s) {
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (!s.palette.empty()) png_set_PLTE(png, info, s.palette.data(), int(s.palette.size()));
     if (!s.trns.empty()) png_set_tRNS(png, info, s.trns.data(), int(s.trns.size()), nullptr);
-    png_color_16 key{};
-    key.gray = png_uint_16(s.trns_grey);
+    png_color_16 key{0, 0, 0, 0, png_uint_16(s.trns_grey)};
     if (s.trns_grey >= 0) png_set_tRNS(png, info, nullptr, 0, &key);
     png_write_info(png, info);
     if (s.depth < 8) png_set_packing(png);  // one byte a sample in, packed out
     for (int y = 0; y < s.height; ++y) {
         for (size_t i = 0; i < per_row; ++i) {
             const uint16_t v = s.samples[size_t(y) * per_row + i];
-            if (s.depth == 16) {
-                row[2 * i] = png_byte(v >> 8);
-                row[2 * i + 1] = png_byte(v);
-            } else {
-                row[i] = png_byte(v);
-            }
+            if (s.depth == 16) row[2 * i] = png_byte(v >> 8), row[2 * i + 1] = png_byte(v);  // big-endian
+            else row[i] = png_byte(v);
         }
         png_write_row(png, row.data());
     }
@@ -69,14 +62,11 @@ inline bool MakePng(const std::string& path, const PngPlan& s) {
     return std::fclose(f) == 0;
 }
 
-// An odd-sized picture whose samples vary with position and `seed`.
+// A picture whose samples vary with position and `seed`: the suites' pattern.
 inline PngPlan Pattern(int color_type, int width, int height, int seed) {
-    PngPlan s{width, height, color_type, 8, {}, {}, {}, -1};
-    const int ch = PlanChannels(color_type);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            for (int c = 0; c < ch; ++c) s.samples.push_back(uint16_t((x * (7 + c) + y * (3 + 2 * c) + seed * 29) & 255));
-    return s;
+    const int line = width * PlanChannels(color_type);
+    const std::vector<uint8_t> bytes = test::PatternBytes(size_t(line) * size_t(height), uint32_t(seed), line);
+    return {width, height, color_type, 8, std::vector<uint16_t>(bytes.begin(), bytes.end()), {}, {}, -1};
 }
 
 }  // namespace vantaro::tool::testing

@@ -61,12 +61,8 @@ TEST(Colour, RunsGiveThePixelFormulasBytes) {
 TEST(PngReader, EveryFlavourBecomesEightBitGreyOrRgbWithAlphaWhenPresent) {
     const std::string path = (fs::temp_directory_path() / "vantaro_png_test.png").string();
     const png_color pal[2] = {{10, 20, 30}, {200, 100, 50}};
-    const struct Case {
-        const char* what;
-        PngPlan plan;
-        int channels;
-        std::vector<uint8_t> pixels;  // 3x1
-    } cases[] = {
+    // Pictures 3x1: the PNG's plan, then the channels and pixels read back.
+    const struct Case { const char* what; PngPlan plan; int channels; std::vector<uint8_t> pixels; } cases[] = {
         {"grey 1-bit", {3, 1, PNG_COLOR_TYPE_GRAY, 1, {1, 0, 1}, {}, {}, -1}, 1, {255, 0, 255}},
         {"grey with a key", {3, 1, PNG_COLOR_TYPE_GRAY, 8, {5, 9, 5}, {}, {}, 9}, 2, {5, 255, 9, 0, 5, 255}},
         {"grey+alpha", {3, 1, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {1, 2, 3, 4, 5, 6}, {}, {}, -1}, 2, {1, 2, 3, 4, 5, 6}},
