@@ -15,6 +15,10 @@ inline __m128i LoadU(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast
 inline void Store(int16_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 inline __m128i LowBytes(__m128i v) { return _mm_and_si128(v, _mm_set1_epi16(0x00FF)); }
 inline __m128i HighBytes(__m128i v) { return _mm_srli_epi16(v, 8); }
+// A macroblock's loads cross every plane's lines side by side, more streams
+// than the processor's own prefetcher follows: the row kernels ask for each
+// line's next cache line a few macroblocks ahead of its loads.
+inline void Prefetch(const uint8_t* p) { _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0); }
 
 void Luma8(const uint8_t* s, LineSamples& out) {
   const __m128i v = LoadU(s);
@@ -145,6 +149,7 @@ void Packed422Rows(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft
                    int16_t* v, int32_t lines) {
   for (int32_t r = 0; r < lines; ++r) {
     const uint8_t* s = source + lineDistance * r;
+    Prefetch(s + 128);
     const __m128i a = LoadU(s), b = LoadU(s + 16);
     Store(yLeft + 8 * r, kLumaHigh ? HighBytes(a) : LowBytes(a));
     Store(yRight + 8 * r, kLumaHigh ? HighBytes(b) : LowBytes(b));
@@ -158,7 +163,9 @@ void Packed422Rows(const uint8_t* source, ptrdiff_t lineDistance, int16_t* yLeft
 void PlaneRows16(const uint8_t* source, ptrdiff_t lineDistance, int16_t* left, int16_t* right, int32_t lines) {
   const __m128i zero = _mm_setzero_si128();
   for (int32_t r = 0; r < lines; ++r) {
-    const __m128i v = LoadU(source + lineDistance * r);
+    const uint8_t* line = source + lineDistance * r;
+    Prefetch(line + 64);
+    const __m128i v = LoadU(line);
     Store(left + 8 * r, _mm_unpacklo_epi8(v, zero));
     Store(right + 8 * r, _mm_unpackhi_epi8(v, zero));
   }
@@ -167,7 +174,9 @@ void PlaneRows16(const uint8_t* source, ptrdiff_t lineDistance, int16_t* left, i
 void PlaneRows8(const uint8_t* source, ptrdiff_t lineDistance, int16_t* out, int32_t lines) {
   const __m128i zero = _mm_setzero_si128();
   for (int32_t r = 0; r < lines; ++r) {
-    const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(source + lineDistance * r));
+    const uint8_t* line = source + lineDistance * r;
+    Prefetch(line + 64);
+    const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(line));
     Store(out + 8 * r, _mm_unpacklo_epi8(v, zero));
   }
 }
