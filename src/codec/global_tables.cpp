@@ -75,7 +75,7 @@ void BuildDcAcTables(GlobalTables& t) {
       } else if (run < 32 && m1 < 5) {
         row = &rows[run][m1 + 1];
       }
-      uint32_t& entry = t.acCode[run][level + 2048];
+      uint32_t& entry = t.acCode[level + 2048][run];
       if (row != nullptr && row->length != 0) {
         const uint32_t v = row->bits * 2 + (level < 0 ? 1u : 0u);
         entry = (ReverseBits(v, row->length + 1u) << 8) | (row->length + 1u);

@@ -40,9 +40,11 @@ struct GlobalTables {
 
   DcCodeTable dcLuma;  // luma and DCT-alpha blocks
   DcCodeTable dcChroma;
-  // [run][level + 2048]: length in the low 8 bits, stream-order code above.
-  // Sign included; combinations without a row hold the 24-bit escape.
-  uint32_t acCode[64][4096];
+  // [level + 2048][run]: length in the low 8 bits, stream-order code above.
+  // Sign included; combinations without a row hold the 24-bit escape. Level
+  // first, so that the small levels nearly every code has lie together in a
+  // few pages rather than one page a run.
+  uint32_t acCode[4096][64];
 
   // Alpha pairs [value][run]: the run's code first, then the value's.
   uint32_t alphaPairCode[256][128];

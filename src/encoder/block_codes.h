@@ -58,12 +58,12 @@ inline constexpr CanonicalCode kEndOfBlock = ParseCode(kEndOfBlockCode);
 // are at most 24 bits, so two fit between flushes.
 VANTARO_FORCE_INLINE void CodeBlock(const GlobalTables& tables, const DcCodeTable& dc, int32_t dcDifference,
                                     const int16_t* values, const uint8_t* order, uint64_t ac, CodeWriter& w) {
-  const uint32_t* const acRows = &tables.acCode[0][2048];  // [run << 12 | level], level signed
+  const uint32_t* const acRows = tables.acCode[2048];  // [level << 6 | run], level signed
   uint32_t runStart = 1;  // the scan position the next run counts from
   const auto next = [&] {
     const uint32_t position = static_cast<uint32_t>(std::countr_zero(ac));
     ac &= ac - 1;
-    const uint32_t entry = acRows[static_cast<int32_t>((position - runStart) << 12) + values[order[position]]];
+    const uint32_t entry = acRows[values[order[position]] * 64 + static_cast<int32_t>(position - runStart)];
     runStart = position + 1;
     w.Add(entry >> 8, entry & 255u);  // entry: code << 8 | length
   };

@@ -112,8 +112,8 @@ LongestCodes FindLongestCodes() {
   const GlobalTables& t = Tables();
   LongestCodes c;
   for (int i = 0; i < 4096; ++i) c.dc = std::max<uint32_t>({c.dc, t.dcLuma.length[i], t.dcChroma.length[i]});
-  for (const auto& run : t.acCode) {
-    for (uint32_t entry : run) c.ac = std::max(c.ac, entry & 255u);
+  for (const auto& level : t.acCode) {
+    for (uint32_t entry : level) c.ac = std::max(c.ac, entry & 255u);
   }
   for (const auto& value : t.alphaPairLength) {
     for (uint8_t length : value) c.alphaPair = std::max<uint32_t>(c.alphaPair, length);

@@ -20,7 +20,7 @@ TEST(GlobalTables, AcRowsFormAPrefixFreeCodeWithEobAndEscape) {
   for (const AcRow& row : AcBaseTable) {
     codes.push_back(std::string(row.code) + "0");
     codes.push_back(std::string(row.code) + "1");
-    const uint32_t e = Tables().acCode[row.run][row.level + 2048];
+    const uint32_t e = Tables().acCode[row.level + 2048][row.run];
     EXPECT_EQ(Transmitted(e >> 8, e & 0xFF), std::string(row.code) + "0");
   }
   for (size_t i = 0; i < codes.size(); ++i) {

@@ -29,7 +29,7 @@ class StreamWriter {
     return Put(t.code[diff + 2048], t.length[diff + 2048]);
   }
   StreamWriter& Ac(int32_t run, int32_t level) {
-    const uint32_t e = Tables().acCode[run][level + 2048];
+    const uint32_t e = Tables().acCode[level + 2048][run];
     return Put(e >> 8, e & 0xFF);
   }
   StreamWriter& Eob() { return Bits("0110"); }

@@ -101,7 +101,7 @@ TEST(BlockCoder, RasterOrderCodingLeavesTheBytesOfOnePutCodePerCode) {
     PutCode(wb, dc.code[scanned[0] + 2048], dc.length[scanned[0] + 2048]);
     for (int s = 1, run = 0; s < 64; ++s, ++run) {
       if (scanned[s] == 0) continue;
-      const uint32_t entry = t.acCode[run][scanned[s] + 2048];
+      const uint32_t entry = t.acCode[scanned[s] + 2048][run];
       PutCode(wb, entry >> 8, entry & 255u);
       run = -1;
     }
