@@ -24,38 +24,12 @@ bool Matches(uint32_t x, const StreamCode& c) {
   return (x & ((1u << c.length) - 1)) == c.bits;
 }
 
-struct DcReading {
-  uint32_t length;
-  int32_t diff;
-};
-
-// Reads the DC code at the start of `x` as a reader of the format would.
-DcReading ReadDc(uint32_t x, bool luma) {
-  for (uint32_t size = 0; size < 12; ++size) {
-    const StreamCode c = InStreamOrder(luma ? DcSizeCode[size].luma : DcSizeCode[size].chroma);
-    if (!Matches(x, c)) continue;
-    const int32_t extra = static_cast<int32_t>((x >> c.length) & ((1u << size) - 1));
-    int32_t d = 0;
-    if (size > 0) d = extra < (1 << (size - 1)) ? extra - (1 << size) + 1 : extra;
-    return {c.length + size, d};
-  }
-  return {0, 0};  // unreachable: the size codes form a complete prefix tree
-}
-
 void BuildDc(DcDecodeTables& t, bool luma) {
-  std::memset(&t, 0, sizeof t);
-  for (uint32_t i = 0; i < 4096; ++i) {
-    const DcReading r = ReadDc(i, luma);
-    t.length[i] = static_cast<uint8_t>(r.length);
-    if (r.length < 12) t.shortDiff[i] = static_cast<int8_t>(r.diff);
-  }
-  for (uint32_t j = 0; j < 4096; ++j) {
-    const DcReading r = ReadDc((j << 5) | 31, luma);
-    if (r.length >= 12 && r.length <= 17) t.midDiff[j] = static_cast<int16_t>(r.diff);
-  }
-  for (uint32_t j = 0; j < 8192; ++j) {
-    const DcReading r = ReadDc((j << 8) | 255, luma);
-    if (r.length >= 18) t.longDiff[j] = static_cast<int16_t>(r.diff);
+  for (uint32_t i = 0; i < 1024; ++i) {
+    for (uint32_t size = 0; size < 12; ++size) {
+      const StreamCode c = InStreamOrder(luma ? DcSizeCode[size].luma : DcSizeCode[size].chroma);
+      if (Matches(i, c)) t.entry[i] = static_cast<uint16_t>((c.length + size) | size << 8 | c.length << 12);
+    }
   }
 }
 

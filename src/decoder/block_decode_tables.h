@@ -8,13 +8,18 @@
 
 namespace vantaro::decoder {
 
-// One DC table set: luma (also DCT alpha) or chroma.
+// One DC table set: luma (also DCT alpha) or chroma, indexed by the next ten
+// stream bits, which hold any size code whole. Bits 0..4: the whole code's
+// length, size code and extra bits (bits 5..7 clear, so that the entry
+// serves as a shift count); 8..11: the size, the number of extra bits;
+// 12..15: the size code's length. The difference follows from the extra
+// bits by arithmetic, so the tables stay at 2 KiB and leave the first-level
+// cache to the AC table.
 struct DcDecodeTables {
-  uint8_t length[4096];  // size code plus extra bits, 2 to 21; bits 0..11
-  int8_t shortDiff[4096];  // difference for lengths below 12; bits 0..11
-  int16_t midDiff[4096];   // lengths 12 to 17; bits 5..16 (such codes open with five ones)
-  int16_t longDiff[8192];  // lengths 18 and above; bits 8..20 (eight ones first)
+  uint16_t entry[1024];
 };
+constexpr uint32_t DcSize(uint32_t e) { return (e >> 8) & 15; }
+constexpr uint32_t DcSizeCodeLength(uint32_t e) { return e >> 12; }
 
 constexpr uint8_t kAcEndOfBlock = 0x80;  // in acLength: end of block, length in the low bits
 constexpr uint8_t kAcUnfinished = 0x80;  // in acRun: a long code or the escape follows

@@ -124,19 +124,14 @@ template <class Window>
 VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, Window& win,
                                       int16_t* block) {
   // One refill covers the DC (21 bits at most) and the first AC lookup (24).
+  // Extra bits below half their range stand for the negative differences.
   win.Refill();
-  const uint32_t w = static_cast<uint32_t>(win.Bits());
-  const uint32_t index = w & 0xFFF;
-  const uint32_t dcLength = dc.length[index];
-  win.Consume(dcLength);
-  int16_t dcDiff;
-  if (dcLength < 12) [[likely]] {
-    dcDiff = dc.shortDiff[index];
-  } else if (dcLength <= 17) {
-    dcDiff = dc.midDiff[(w >> 5) & 0xFFF];
-  } else {
-    dcDiff = dc.longDiff[(w >> 8) & 0x1FFF];
-  }
+  const uint64_t w = win.Bits();
+  const uint32_t e = dc.entry[w & 0x3FF];
+  win.Consume(e);
+  const uint32_t range = 1u << DcSize(e);
+  const uint32_t extra = static_cast<uint32_t>(w >> DcSizeCodeLength(e)) & (range - 1);
+  const auto dcDiff = static_cast<int16_t>(extra - (extra < range / 2 ? range - 1 : 0));
 
   // scanPos is the last position written, the DC's 0 at first; a code moves
   // it by its run + 1. A refill leaves 56 good bits and an entry takes 24 at
