@@ -57,7 +57,7 @@ void BuildAc(BlockDecodeTables& t) {
       }
       if ((code & 127) == 0) {
         const StreamCode tail{code >> 7, len - 7};
-        for (uint32_t k = 0; k < 4096; ++k) {
+        for (uint32_t k = 0; k < 1024; ++k) {
           if (!Matches(k, tail)) continue;
           t.acLongRun[k] = row.run;
           t.acLongLevel[k] = level;
@@ -83,7 +83,6 @@ void BuildAc(BlockDecodeTables& t) {
       t.acRun[i] = 0;
     }
   }
-  for (int32_t k = 0; k < 4096; ++k) t.escapeLevel[k] = static_cast<int16_t>(k - 2048);
   std::memset(t.scanOrder, 0, sizeof t.scanOrder);
   std::memcpy(t.scanOrder, ZigzagScan, 64);
   // 6: the walked table. A code is whole inside the index when its length

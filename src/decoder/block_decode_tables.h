@@ -43,7 +43,7 @@ constexpr int16_t kNoAcMark = 0x4000;    // at raster index 1: the block had no 
 constexpr uint32_t kAcPairSlow = 0x40;     // a long code or the escape
 constexpr uint32_t kAcPairThenEnd = 0x80;  // the block ends with this entry
 constexpr uint32_t kAcPairLong = 0x10000;  // with kAcPairSlow: seven leading zeros, second-level table;
-                                           // without it the escape, level in bits 12..23
+                                           // without it the escape, level + 2048 in bits 12..23
 constexpr uint32_t kEndStep = 192;
 constexpr uint32_t AcPairStep1(uint32_t e) { return (e >> 8) & 0xFF; }
 constexpr uint32_t AcPairStep2(uint32_t e) { return (e >> 16) & 0x3F; }
@@ -57,9 +57,10 @@ struct BlockDecodeTables {
   uint8_t acLength[4096];
   uint8_t acRun[4096];
   int8_t acLevel[4096];
-  uint8_t acLongRun[4096];    // bits 7..18, for codes opening with seven zeros
-  int8_t acLongLevel[4096];
-  int16_t escapeLevel[4096];  // bits 12..23: the biased level field
+  // Codes opening with seven zeros, by bits 7..16: such codes are 17 bits at
+  // most, and small tables keep the first-level cache for the walked one.
+  uint8_t acLongRun[1024];
+  int8_t acLongLevel[1024];
   // Scan position to raster index: zigzag for 0..63, raster 0 past it (see
   // DecodeBlock).
   uint8_t scanOrder[256];

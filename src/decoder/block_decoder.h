@@ -89,12 +89,12 @@ VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, in
     uint32_t step;
     int32_t level;
     if (e & kAcPairLong) {
-      const uint32_t k = (bits >> 7) & 0xFFF;
+      const uint32_t k = (bits >> 7) & 0x3FF;
       step = t.acLongRun[k] + 1u;
       level = t.acLongLevel[k];
     } else {
       step = AcPairStep1(e);
-      level = t.escapeLevel[(bits >> 12) & 0xFFF];
+      level = static_cast<int32_t>((bits >> 12) & 0xFFF) - 2048;
     }
     scanPos += step;
     if (scanPos > 63) return Entry::kFault;
