@@ -23,12 +23,12 @@ const Records& AllRecords() {
     Records r{};
     r.level[0] = {KernelLevel::kScalar, &encoder::kForwardKernelsScalar,
                   &encoder::kLoaderKernelsScalar, &decoder::kBlockKernelsScalar,
-                  &decoder::kStoreKernelsScalar};
+                  &decoder::kStoreKernelsScalar, false};
     r.present[0] = true;
     const encoder::ForwardKernels* forward = encoder::ForwardKernelsSse2();
     if (forward != nullptr && ProcessorHasSse2()) {
       r.level[1] = {KernelLevel::kSse2, forward, encoder::LoaderKernelsSse2(),
-                    decoder::BlockKernelsSse2(), decoder::StoreKernelsSse2()};
+                    decoder::BlockKernelsSse2(), decoder::StoreKernelsSse2(), false};
       r.present[1] = true;
     }
 #if defined(VANTARO_KERNELS_AVX2)
@@ -39,6 +39,7 @@ const Records& AllRecords() {
       avx2.level = KernelLevel::kAvx2;
       if (const encoder::ForwardKernels* f = encoder::ForwardKernelsAvx2()) avx2.forward = f;
       if (const decoder::BlockKernels* b = decoder::BlockKernelsAvx2()) avx2.blocks = b;
+      avx2.extractIndex = ProcessorHasBmi1();
       r.present[2] = true;
     }
 #endif

@@ -49,6 +49,7 @@ struct Kernels {
   const encoder::LoaderKernels* loaders;   // the loaders' line unpacking
   const decoder::BlockKernels* blocks;     // block clear, inverse transform
   const decoder::StoreKernels* stores;     // the output stores' line primitives
+  bool extractIndex;  // the block walk takes its next index by BMI1's bit-field extract
 };
 
 // The record of one level, or null where this build or processor lacks it.

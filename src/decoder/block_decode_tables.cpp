@@ -126,6 +126,7 @@ void BuildAc(BlockDecodeTables& t) {
       }
     }
     t.acPair[i] = e;
+    t.acNext[i] = static_cast<uint16_t>((e & 63u) | kAcNextIndexBits);
   }
 }
 

@@ -50,8 +50,14 @@ constexpr uint32_t AcPairStep2(uint32_t e) { return (e >> 16) & 0x3F; }
 constexpr int32_t AcPairLevel1(uint32_t e) { return static_cast<int32_t>(e << 5) >> 27; }
 constexpr int32_t AcPairLevel2(uint32_t e) { return static_cast<int32_t>(e) >> 27; }
 
+// Beside each entry, its bit-field-extract control: bits 0..7 the bits the
+// entry consumes, 8..15 the index's twelve. One extract with it takes the
+// next index from the window as it stood before the entry (see IndexStep).
+constexpr uint32_t kAcNextIndexBits = 12u << 8;
+
 struct BlockDecodeTables {
   uint32_t acPair[4096];
+  uint16_t acNext[4096];
   DcDecodeTables dcLuma;
   DcDecodeTables dcChroma;
   uint8_t acLength[4096];

@@ -74,18 +74,40 @@ class BitWindow {
 
 enum class Entry { kMore, kEnd, kFault };
 
+// How the walk finds the AC table's next index, the one step of each code's
+// chain of dependent work besides the table load. kShiftMask masks it off
+// the window once the entry's bits are shifted out. kExtract takes it with
+// one bit-field extract (BMI1) from the window as it stood before that
+// shift, by the control beside the entry, and saves a cycle a lookup. Both
+// read the same bits and fault at the same places.
+enum class IndexStep : uint8_t { kShiftMask, kExtract };
+
+VANTARO_FORCE_INLINE uint32_t ExtractIndex(uint64_t window, uint32_t control) {
+#if defined(VANTARO_KERNELS_AVX2) && defined(__x86_64__)
+  uint64_t index;
+  asm("bextr %2, %1, %0" : "=r"(index) : "r"(window), "r"(uint64_t{control}));
+  return static_cast<uint32_t>(index);
+#else
+  return static_cast<uint32_t>(window >> (control & 63)) & 0xFFF;
+#endif
+}
+
 // Reads one entry of the walked table: a long code or escape, or one or two
 // short codes, either perhaps followed by the end of block, or the end
 // alone. kFault when a run would carry the scan past 63: the block memory
 // would be left. The end test looks at the loaded entry alone, so that a
-// mispredicted end is found as early as possible.
-template <class Window>
-VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, int16_t* block,
-                                     uint32_t& scanPos) {
-  const uint32_t bits = static_cast<uint32_t>(win.Bits());
-  const uint32_t e = t.acPair[bits & 0xFFF];
-  win.Consume(e);
+// mispredicted end is found as early as possible. With kExtract, `index`
+// comes in as the entry's and leaves as the next one's; a fast entry takes
+// at most 12 bits, so the window before it holds the next index whole.
+template <IndexStep S, class Window>
+VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, uint32_t& index,
+                                     int16_t* block, uint32_t& scanPos) {
+  const uint64_t window = win.Bits();
+  const auto bits = static_cast<uint32_t>(window);
+  if constexpr (S == IndexStep::kShiftMask) index = bits & 0xFFF;
+  const uint32_t e = t.acPair[index];
   if (e & kAcPairSlow) [[unlikely]] {
+    win.Consume(e);
     uint32_t step;
     int32_t level;
     if (e & kAcPairLong) {
@@ -96,11 +118,18 @@ VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, in
       step = AcPairStep1(e);
       level = static_cast<int32_t>((bits >> 12) & 0xFFF) - 2048;
     }
+    if constexpr (S == IndexStep::kExtract) {
+      // Up to 24 bits gone: top up before taking the next index.
+      win.Refill();
+      index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
+    }
     scanPos += step;
     if (scanPos > 63) return Entry::kFault;
     block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
     return Entry::kMore;
   }
+  if constexpr (S == IndexStep::kExtract) index = ExtractIndex(window, t.acNext[index]);
+  win.Consume(e);
   // Second code first: without one its step is 0 and the first's level
   // lands on the same place after it.
   const uint32_t first = scanPos + AcPairStep1(e);
@@ -119,15 +148,16 @@ VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, in
 // The walk has one exit test a lookup: the end of block rides in the entry
 // (after a code, or alone with a step of kEndStep, past where any run can
 // reach). Such a position, and the out-of-range ones a bad run reaches
-// before it is caught, scan to raster 0, whose DC is stored last.
-template <class Window>
+// before it is caught, scan to raster 0, whose DC is stored last. `index`
+// holds the next twelve bits on entry and on leaving (see IndexStep).
+template <IndexStep S, class Window>
 VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecodeTables& dc, Window& win,
-                                      int16_t* block) {
+                                      uint32_t& index, int16_t* block) {
   // One refill covers the DC (21 bits at most) and the first AC lookup (24).
   // Extra bits below half their range stand for the negative differences.
   win.Refill();
   const uint64_t w = win.Bits();
-  const uint32_t e = dc.entry[w & 0x3FF];
+  const uint32_t e = dc.entry[(S == IndexStep::kExtract ? index : w) & 0x3FF];
   win.Consume(e);
   const uint32_t range = 1u << DcSize(e);
   const uint32_t extra = static_cast<uint32_t>(w >> DcSizeCodeLength(e)) & (range - 1);
@@ -138,12 +168,13 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
   // most, so the window is topped up every second entry; the first entry
   // rides on the DC's refill.
   uint32_t scanPos = 0;
-  Entry r = ReadEntry(t, win, block, scanPos);
+  index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
+  Entry r = ReadEntry<S>(t, win, index, block, scanPos);
   while (r == Entry::kMore) {
     win.Refill();
-    r = ReadEntry(t, win, block, scanPos);
+    r = ReadEntry<S>(t, win, index, block, scanPos);
     if (r != Entry::kMore) break;
-    r = ReadEntry(t, win, block, scanPos);
+    r = ReadEntry<S>(t, win, index, block, scanPos);
   }
   if (r == Entry::kFault) return false;
   // Ended well: at most 63 after a code, or kEndStep on from there after a
@@ -160,13 +191,14 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
 // 24 bits at most.
 constexpr uint64_t kMostBlockBits = 21 + 64 * 24;
 
-template <const BlockStep* Order, size_t Count, bool kInside>
+template <const BlockStep* Order, size_t Count, IndexStep S, bool kInside>
 bool DecodeBlocksFrom(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
                       int16_t (*blocks)[64]) {
   BitWindow<kInside> win(stream, bitPos);
+  uint32_t index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
   for (size_t i = 0; i < Count; ++i) {
     const DcDecodeTables& dc = IsChromaPlane(Order[i].plane) ? t.dcChroma : t.dcLuma;
-    if (!DecodeBlock(t, dc, win, blocks[Order[i].block])) return false;
+    if (!DecodeBlock<S>(t, dc, win, index, blocks[Order[i].block])) return false;
   }
   bitPos = win.Position();
   return true;
@@ -176,16 +208,18 @@ bool DecodeBlocksFrom(const BlockDecodeTables& t, const StreamView& stream, uint
 // Blocks must be cleared by the caller. False on a run past the block. Away
 // from the slice's end, where no load of the macroblock can reach it, the
 // window loads without testing for the end.
-template <const BlockStep* Order, size_t Count>
+template <const BlockStep* Order, size_t Count, IndexStep S>
 bool DecodeBlocks(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
                   int16_t (*blocks)[64]) {
   // A load reaches at most 16 bytes past the position's byte.
   constexpr uint64_t kReach = (Count * kMostBlockBits + 7) / 8 + 16;
   if (stream.size >= kReach && bitPos / 8 <= stream.size - kReach) {
-    return DecodeBlocksFrom<Order, Count, true>(t, stream, bitPos, blocks);
+    return DecodeBlocksFrom<Order, Count, S, true>(t, stream, bitPos, blocks);
   }
-  return DecodeBlocksFrom<Order, Count, false>(t, stream, bitPos, blocks);
+  return DecodeBlocksFrom<Order, Count, S, false>(t, stream, bitPos, blocks);
 }
+using DecodeBlocksFn = bool (*)(const BlockDecodeTables& t, const StreamView& stream, uint64_t& bitPos,
+                                int16_t (*blocks)[64]);
 
 // DC reconstruction: the stream carries predictor minus current, so along a
 // plane's chain p = p - diff, 16-bit wrap-around, and the block's DC is p. A

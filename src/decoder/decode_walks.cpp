@@ -28,7 +28,7 @@ Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_
   if (Layout::kPlanar && chroma == nullptr && mbColumns > 0) return Status::kStreamFault;
 
   const size_t readable = reader.end > reader.base ? static_cast<size_t>(reader.end - reader.base) : 0;
-  const MacroblockContext ctx{BlockDecodeTablesInstance(), *kernels.blocks,
+  const MacroblockContext ctx{BlockDecodeTablesInstance(), *kernels.blocks, Shape::Walk(kernels.extractIndex),
                               inst.multiplierTable, StreamView{reader.base, readable}};
   const StoreKernels& storeKernels = *kernels.stores;
   const uint64_t limit = ctx.stream.SizeInBits();

@@ -15,11 +15,12 @@
 
 namespace vantaro::decoder {
 
-// What a walk hands each macroblock: the tables and kernels picked at its
-// start, the instance's multipliers and the readable stream.
+// What a walk hands each macroblock: the tables, kernels and block walk
+// picked at its start, the instance's multipliers and the readable stream.
 struct MacroblockContext {
   const BlockDecodeTables& tables;
   const BlockKernels& kernels;
+  DecodeBlocksFn decodeBlocks;
   const uint16_t* multipliers;
   StreamView stream;
 };
@@ -40,6 +41,10 @@ struct BlockShape {
   static constexpr const BlockStep* kOrder = Order;
   static constexpr size_t kCount = std::size(Order);
   static constexpr int32_t kClear = HighestBlock(Order, kCount) + 1;
+  static constexpr DecodeBlocksFn Walk(bool extractIndex) {
+    return extractIndex ? &DecodeBlocks<Order, kCount, IndexStep::kExtract>
+                        : &DecodeBlocks<Order, kCount, IndexStep::kShiftMask>;
+  }
 };
 using Shape420 = BlockShape<kOrder420>;
 using Shape422 = BlockShape<kOrder422>;
@@ -60,9 +65,7 @@ static_assert(Shape420::kClear == 7 && Shape422::kClear == 8 && Shape444::kClear
 template <class Shape, bool kRunLengthAlpha>
 bool DecodeMacroblock(const MacroblockContext& ctx, MacroblockScratch& s, uint64_t& bitPos) {
   ctx.kernels.clearBlocks(s.blocks[0], Shape::kClear);
-  if (!DecodeBlocks<Shape::kOrder, Shape::kCount>(ctx.tables, ctx.stream, bitPos, s.blocks)) {
-    return false;
-  }
+  if (!ctx.decodeBlocks(ctx.tables, ctx.stream, bitPos, s.blocks)) return false;
   if constexpr (kRunLengthAlpha) {
     if (!ReadAlphaPlane(s, ctx.stream, bitPos)) return false;
   }

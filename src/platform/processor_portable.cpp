@@ -23,6 +23,14 @@ bool ProcessorHasAvx2() {
 #endif
 }
 
+bool ProcessorHasBmi1() {
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+  return __builtin_cpu_supports("bmi");
+#else
+  return false;
+#endif
+}
+
 void SetProcessorFeatureOverride(ProcessorFeatureOverride override) { g_override = override; }
 
 }  // namespace vantaro

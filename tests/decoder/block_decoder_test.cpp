@@ -6,12 +6,21 @@
 #include <random>
 
 #include "codec/code_rows.h"
+#include "platform/processor.h"
 #include "stream_writer.h"
 
 namespace vantaro::decoder {
 namespace {
 
 using test::StreamWriter;
+
+// Runs `check` with each way of finding the next index this processor has;
+// both must read every stream alike.
+template <class Check>
+void ForEachIndexStep(Check check) {
+  check(std::integral_constant<IndexStep, IndexStep::kShiftMask>{});
+  if (ProcessorHasBmi1()) check(std::integral_constant<IndexStep, IndexStep::kExtract>{});
+}
 
 using AcCodes = std::vector<std::pair<int32_t, int32_t>>;  // (run, level)
 struct Coded {
@@ -22,15 +31,17 @@ struct Coded {
 
 // Writes `blocks` into one stream and reads them back: every coefficient in
 // place, the mark where a block has no AC code, and every bit consumed.
+template <IndexStep S>
 void ExpectReadsBack(const std::vector<Coded>& blocks) {
   StreamWriter w(1 << 22);
   for (const Coded& b : blocks) w.Block(b.dc, b.luma, b.ac);
   const std::vector<uint8_t> bytes = w.Bytes();
   const BlockDecodeTables& t = BlockDecodeTablesInstance();
   BitWindow win(StreamView{bytes.data(), bytes.size()}, 0);
+  uint32_t index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
   for (size_t n = 0; n < blocks.size(); ++n) {
     alignas(16) int16_t block[64] = {};
-    ASSERT_TRUE(DecodeBlock(t, blocks[n].luma ? t.dcLuma : t.dcChroma, win, block)) << n;
+    ASSERT_TRUE(DecodeBlock<S>(t, blocks[n].luma ? t.dcLuma : t.dcChroma, win, index, block)) << n;
     int16_t expected[64] = {static_cast<int16_t>(blocks[n].dc)};
     int32_t position = 0;
     for (const auto& [run, level] : blocks[n].ac) expected[ZigzagScan[position += run + 1]] = static_cast<int16_t>(level);
@@ -53,7 +64,7 @@ TEST(BlockDecoder, EveryCodeReadsBack) {
       if (level != 0) blocks.push_back({true, 0, {{run, level}}});
     }
   }
-  ExpectReadsBack(blocks);
+  ForEachIndexStep([&](auto s) { ExpectReadsBack<s()>(blocks); });
 }
 
 // Runs of short codes, where one lookup reads two codes or a code and the
@@ -72,7 +83,7 @@ TEST(BlockDecoder, RandomBlocksOfShortAndLongCodesReadBack) {
       position += run + 1;
     }
   }
-  ExpectReadsBack(blocks);
+  ForEachIndexStep([&](auto s) { ExpectReadsBack<s()>(blocks); });
 }
 
 // Streams that read unusually. Twelve zero bits (no code of the format) cost
@@ -94,14 +105,17 @@ TEST(BlockDecoder, OddStreams) {
       {StreamWriter().Dc(0, true).Ac(62, 1).Bits("00000000000000000").Eob().Bytes(), false, 0, 0, 0},
   };
   const BlockDecodeTables& t = BlockDecodeTablesInstance();
-  for (const auto& c : cases) {
-    alignas(16) int16_t block[64] = {};
-    BitWindow win(StreamView{c.bytes.data(), c.bytes.size()}, 0);
-    ASSERT_EQ(DecodeBlock(t, t.dcLuma, win, block), c.ok);
-    if (!c.ok) continue;
-    EXPECT_EQ(block[ZigzagScan[c.position]], c.level);
-    EXPECT_TRUE(c.bits == 0 || win.Position() == c.bits);
-  }
+  ForEachIndexStep([&](auto s) {
+    for (const auto& c : cases) {
+      alignas(16) int16_t block[64] = {};
+      BitWindow win(StreamView{c.bytes.data(), c.bytes.size()}, 0);
+      uint32_t index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
+      ASSERT_EQ(DecodeBlock<s()>(t, t.dcLuma, win, index, block), c.ok);
+      if (!c.ok) continue;
+      EXPECT_EQ(block[ZigzagScan[c.position]], c.level);
+      EXPECT_TRUE(c.bits == 0 || win.Position() == c.bits);
+    }
+  });
 }
 
 // The window against a plain bit-by-bit reading of the same stream, over
@@ -144,12 +158,14 @@ TEST(BlockDecoder, LongestMacroblockStaysInsideItsReach) {
     }
     std::vector<uint8_t> bytes = w.Bytes();
     bytes.resize((std::size(kOrder422) * kMostBlockBits + 7) / 8 + 16);
-    alignas(16) int16_t blocks[8][64] = {};
-    uint64_t pos = 0;
-    constexpr size_t kCount = std::size(kOrder422);
-    const StreamView view{bytes.data(), bytes.size()};
-    ASSERT_EQ((DecodeBlocks<kOrder422, kCount>(BlockDecodeTablesInstance(), view, pos, blocks)), !fault);
-    EXPECT_EQ(pos, fault ? 0 : w.BitPos());
+    ForEachIndexStep([&](auto s) {
+      alignas(16) int16_t blocks[8][64] = {};
+      uint64_t pos = 0;
+      constexpr size_t kCount = std::size(kOrder422);
+      const StreamView view{bytes.data(), bytes.size()};
+      ASSERT_EQ((DecodeBlocks<kOrder422, kCount, s()>(BlockDecodeTablesInstance(), view, pos, blocks)), !fault);
+      EXPECT_EQ(pos, fault ? 0 : w.BitPos());
+    });
   }
 }
 

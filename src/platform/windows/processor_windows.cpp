@@ -17,6 +17,16 @@ bool ProcessorHasSse2() {
 
 bool ProcessorHasAvx2() { return IsProcessorFeaturePresent(kFeatureAvx2) != FALSE; }
 
+// The system has no feature number for BMI1; the compiler's runtime asks
+// the processor.
+bool ProcessorHasBmi1() {
+#if defined(__GNUC__)
+  return __builtin_cpu_supports("bmi");
+#else
+  return false;
+#endif
+}
+
 void SetProcessorFeatureOverride(ProcessorFeatureOverride override) { g_override = override; }
 
 }  // namespace vantaro
