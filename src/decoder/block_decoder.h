@@ -128,8 +128,13 @@ VANTARO_FORCE_INLINE Entry ReadEntry(const BlockDecodeTables& t, Window& win, ui
     block[t.scanOrder[scanPos]] = static_cast<int16_t>(level);
     return Entry::kMore;
   }
-  if constexpr (S == IndexStep::kExtract) index = ExtractIndex(window, t.acNext[index]);
-  win.Consume(e);
+  if constexpr (S == IndexStep::kExtract) {
+    const uint32_t control = t.acNext[index];
+    index = ExtractIndex(window, control);
+    win.Consume(control);
+  } else {
+    win.Consume(e);
+  }
   // Second code first: without one its step is 0 and the first's level
   // lands on the same place after it.
   const uint32_t first = scanPos + AcPairStep1(e);
