@@ -31,6 +31,7 @@ void BuildDc(DcDecodeTables& t, bool luma) {
       if (Matches(i, c)) t.entry[i] = static_cast<uint16_t>((c.length + size) | size << 8 | c.length << 12);
     }
   }
+  for (uint32_t i = 0; i < 256; ++i) t.head[i] = DcSizeCodeLength(t.entry[i]) <= 8 ? t.entry[i] : 0;
 }
 
 void BuildAc(BlockDecodeTables& t) {

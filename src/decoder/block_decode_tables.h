@@ -14,8 +14,12 @@ namespace vantaro::decoder {
 // serves as a shift count); 8..11: the size, the number of extra bits;
 // 12..15: the size code's length. The difference follows from the extra
 // bits by arithmetic, so the tables stay at 2 KiB and leave the first-level
-// cache to the AC table.
+// cache to the AC table. Read once a block, a DC is too seldom to keep 2 KiB
+// in that cache against the AC tables: `head` holds the entries of the size
+// codes of eight bits or fewer (luma sizes 0..9, chroma 0..7) in eight lines
+// that stay, and 0 where the code is longer.
 struct DcDecodeTables {
+  uint16_t head[256];
   uint16_t entry[1024];
 };
 constexpr uint32_t DcSize(uint32_t e) { return (e >> 8) & 15; }

@@ -162,7 +162,9 @@ VANTARO_FORCE_INLINE bool DecodeBlock(const BlockDecodeTables& t, const DcDecode
   // Extra bits below half their range stand for the negative differences.
   win.Refill();
   const uint64_t w = win.Bits();
-  const uint32_t e = dc.entry[(S == IndexStep::kExtract ? index : w) & 0x3FF];
+  const uint64_t dcBits = S == IndexStep::kExtract ? index : w;
+  uint32_t e = dc.head[dcBits & 0xFF];
+  if (e == 0) [[unlikely]] e = dc.entry[dcBits & 0x3FF];
   win.Consume(e);
   const uint32_t range = 1u << DcSize(e);
   const uint32_t extra = static_cast<uint32_t>(w >> DcSizeCodeLength(e)) & (range - 1);
