@@ -8,6 +8,7 @@
 
 #include "codec/bit_stream.h"
 #include "codec/block_orders.h"
+#include "codec/kernels.h"
 #include "codec/macroblock_scratch.h"
 #include "decoder/block_decode_tables.h"
 
