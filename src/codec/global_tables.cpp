@@ -19,10 +19,11 @@ void BuildColorLuts(GlobalTables& t) {
     t.lutBlue[x] = {{Lane(3596, x), Lane(-581, x), Lane(803, x), 0}};
     t.lutGreen[x] = {{Lane(-2383, x), Lane(-3014, x), Lane(4129, x), 0}};
     t.lutRed[x] = {{Lane(-1211, x, 4112), Lane(3596, x, 4112), Lane(2105, x, 528), 0}};
-    const int16_t y = Lane(9535, x - 16, 16);
+    const YuvToRgbCoefficients& k = kYuvToRgb;
+    const int16_t y = Lane(k.luma, x - 16, 16);
     t.lutLuma[x] = {{y, y, y, 0}};
-    t.lutCb[x] = {{Lane(16531, x - 128), Lane(-3202, x - 128), 0, 0}};
-    t.lutCr[x] = {{0, Lane(-6659, x - 128), Lane(13074, x - 128), 0}};
+    t.lutCb[x] = {{Lane(k.cbBlue, x - 128), Lane(k.cbGreen, x - 128), 0, 0}};
+    t.lutCr[x] = {{0, Lane(k.crGreen, x - 128), Lane(k.crRed, x - 128), 0}};
   }
 }
 

@@ -27,6 +27,14 @@ struct DcCodeTable {
 inline constexpr uint32_t kAlphaEndMarkerLength = ParseCode(kAlphaEndMarker).length;
 inline constexpr uint32_t kAlphaEndMarkerCode = StreamOrder(ParseCode(kAlphaEndMarker));
 
+// The YUV-to-RGB coefficients: BT.601 studio-range matrix entries times
+// 8192. A table lane is (k * (x - centre)) >> 8 in 32 bits, plus 16 for
+// luma, kept to 16 bits; the vector stores compute the same lanes.
+struct YuvToRgbCoefficients {
+  int16_t luma, cbBlue, cbGreen, crGreen, crRed;
+};
+inline constexpr YuvToRgbCoefficients kYuvToRgb{9535, 16531, -3202, -6659, 13074};
+
 struct GlobalTables {
   // RGB to YUV, indexed by the pixel's own bytes; lanes U, V, Y, 0 with five
   // fractional bits. The sum of the three entries >> 5 gives the sample.

@@ -131,16 +131,7 @@ struct RgbStore : LayoutTraits<CS> {
       LumaBytes(k, s, r, luma);
       ChromaOf<F>::RgbChroma(s, r, u, v);
       if constexpr (kPixelBytes == 4) AlphaOf<A>::Bytes(k, s, r, alpha);
-      uint8_t* out = p.main + r * p.mainStride;
-      const GlobalTables& tables = Tables();
-      for (int c = 0; c < 16; ++c) {
-        for (int lane = 0; lane < 3; ++lane) {
-          const int16_t sum = static_cast<int16_t>(tables.lutLuma[luma[c]].lane[lane] +
-                                                   tables.lutCb[u[c]].lane[lane] + tables.lutCr[v[c]].lane[lane]);
-          out[kPixelBytes * c + lane] = Pack(static_cast<int16_t>(sum >> 5));
-        }
-        if constexpr (kPixelBytes == 4) out[4 * c + 3] = alpha[c];
-      }
+      k.rgbLine[kPixelBytes - 3](luma, u, v, alpha, p.main + r * p.mainStride);
     }
   }
 };

@@ -1,5 +1,6 @@
 #include "decoder/store_kernels.h"
 
+#include "codec/global_tables.h"
 #include "codec/kernels.h"
 
 namespace vantaro::decoder {
@@ -73,11 +74,25 @@ void PackChromaStripScalar(const int16_t* u, const int16_t* v, int32_t chromaShi
   }
 }
 
+template <int kPixelBytes>
+void RgbLineScalar(const uint8_t* y, const uint8_t* u, const uint8_t* v, const uint8_t* alpha, uint8_t* out) {
+  const GlobalTables& tables = Tables();
+  for (int c = 0; c < 16; ++c) {
+    for (int lane = 0; lane < 3; ++lane) {
+      const int16_t sum = static_cast<int16_t>(tables.lutLuma[y[c]].lane[lane] + tables.lutCb[u[c]].lane[lane] +
+                                               tables.lutCr[v[c]].lane[lane]);
+      out[kPixelBytes * c + lane] = Pack(static_cast<int16_t>(sum >> 5));
+    }
+    if constexpr (kPixelBytes == 4) out[4 * c + 3] = alpha[c];
+  }
+}
+
 }  // namespace
 
 const StoreKernels kStoreKernelsScalar = {PackLineScalar,   RawPairsScalar,
                                           EvenPairsScalar,  AverageScalar,
                                           InterleaveScalar, {Packed422Scalar<false>, Packed422Scalar<true>},
-                                          PackStripScalar,  PackChromaStripScalar};
+                                          PackStripScalar,  PackChromaStripScalar,
+                                          {RgbLineScalar<3>, RgbLineScalar<4>}};
 
 }  // namespace vantaro::decoder

@@ -36,6 +36,11 @@ struct StoreKernels {
   // line r from u + 8 (r >> chromaShift) and v likewise.
   void (*packChromaStrip)(const int16_t* u, const int16_t* v, int32_t chromaShift, uint8_t* outU,
                           int64_t strideU, uint8_t* outV, int64_t strideV, int32_t lines);
+  // 16 pixels from their luma, U and V bytes, blue, green, red each
+  // pack((LutLuma[y] + LutCb[u] + LutCr[v]) >> 5), summed in 16-bit
+  // wrap-around: 48 bytes for rgbLine[0] (csRGB24), 64 for rgbLine[1]
+  // (csRGB32, the fourth byte from `alpha`).
+  void (*rgbLine[2])(const uint8_t* y, const uint8_t* u, const uint8_t* v, const uint8_t* alpha, uint8_t* out);
 };
 
 extern const StoreKernels kStoreKernelsScalar;

@@ -4,6 +4,10 @@
 #if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
+#include <cstring>
+
+#include "codec/global_tables.h"
+
 namespace vantaro::decoder {
 namespace {
 
@@ -69,10 +73,59 @@ void PackChromaStripSse2(const int16_t* u, const int16_t* v, int32_t chromaShift
   }
 }
 
+// (k * x) >> 8 kept to 16 bits: bits 8..23 of the 32-bit product, the low
+// byte of its high half over the high byte of its low half. Exactly a colour
+// table's lane.
+__m128i MulShift8(__m128i x, int16_t k) {
+  const __m128i kk = _mm_set1_epi16(k);
+  return _mm_or_si128(_mm_srli_epi16(_mm_mullo_epi16(x, kk), 8), _mm_slli_epi16(_mm_mulhi_epi16(x, kk), 8));
+}
+
+// Blue, green and red of eight pixels as 16-bit sums >> 5, from their
+// luma, U and V bytes widened to 16 bits.
+void RgbChannels(__m128i y, __m128i u, __m128i v, __m128i (&bgr)[3]) {
+  const YuvToRgbCoefficients& k = kYuvToRgb;
+  const __m128i luma =
+      _mm_add_epi16(MulShift8(_mm_sub_epi16(y, _mm_set1_epi16(16)), k.luma), _mm_set1_epi16(16));
+  u = _mm_sub_epi16(u, _mm_set1_epi16(128));
+  v = _mm_sub_epi16(v, _mm_set1_epi16(128));
+  bgr[0] = _mm_srai_epi16(_mm_add_epi16(luma, MulShift8(u, k.cbBlue)), 5);
+  bgr[1] = _mm_srai_epi16(_mm_add_epi16(_mm_add_epi16(luma, MulShift8(u, k.cbGreen)), MulShift8(v, k.crGreen)), 5);
+  bgr[2] = _mm_srai_epi16(_mm_add_epi16(luma, MulShift8(v, k.crRed)), 5);
+}
+
+// The pixels as blue, green, red, alpha words; csRGB24 then drops every
+// fourth byte, each pixel's store overwritten by the next but the last.
+template <int kPixelBytes>
+void RgbLineSse2(const uint8_t* y, const uint8_t* u, const uint8_t* v, const uint8_t* alpha, uint8_t* out) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i yb = Load(y), ub = Load(u), vb = Load(v);
+  __m128i lo[3], hi[3];
+  RgbChannels(_mm_unpacklo_epi8(yb, zero), _mm_unpacklo_epi8(ub, zero), _mm_unpacklo_epi8(vb, zero), lo);
+  RgbChannels(_mm_unpackhi_epi8(yb, zero), _mm_unpackhi_epi8(ub, zero), _mm_unpackhi_epi8(vb, zero), hi);
+  const __m128i b = _mm_packus_epi16(lo[0], hi[0]);
+  const __m128i g = _mm_packus_epi16(lo[1], hi[1]);
+  const __m128i r = _mm_packus_epi16(lo[2], hi[2]);
+  const __m128i a = kPixelBytes == 4 ? Load(alpha) : zero;
+  const __m128i bg[2] = {_mm_unpacklo_epi8(b, g), _mm_unpackhi_epi8(b, g)};
+  const __m128i ra[2] = {_mm_unpacklo_epi8(r, a), _mm_unpackhi_epi8(r, a)};
+  alignas(16) uint8_t pixels[64];
+  uint8_t* words = kPixelBytes == 4 ? out : pixels;
+  for (int i = 0; i < 2; ++i) {
+    Store(words + 32 * i, _mm_unpacklo_epi16(bg[i], ra[i]));
+    Store(words + 32 * i + 16, _mm_unpackhi_epi16(bg[i], ra[i]));
+  }
+  if constexpr (kPixelBytes == 3) {
+    for (int c = 0; c < 15; ++c) std::memcpy(out + 3 * c, pixels + 4 * c, 4);
+    std::memcpy(out + 45, pixels + 60, 3);
+  }
+}
+
 const StoreKernels kStoreKernelsSse2 = {PackLineSse2,   RawPairsSse2,
                                         EvenPairsSse2,  AverageSse2,
                                         InterleaveSse2, {Packed422Sse2<false>, Packed422Sse2<true>},
-                                        PackStripSse2,  PackChromaStripSse2};
+                                        PackStripSse2,  PackChromaStripSse2,
+                                        {RgbLineSse2<3>, RgbLineSse2<4>}};
 
 }  // namespace
 

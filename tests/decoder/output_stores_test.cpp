@@ -106,5 +106,29 @@ TEST(StoreKernels, VectorMatchesScalarInEveryStore) {
   }
 }
 
+// The vector colour conversion computes the tables' lanes instead of
+// loading them: every (y, u, v) byte triple, both pixel sizes.
+TEST(StoreKernels, RgbLinesMatchTheTablesForEveryTriple) {
+  for (const Kernels* k : test::VectorKernels()) {
+    uint8_t y[16], u[16], v[16], alpha[16];
+    for (int i = 0; i < 16; ++i) alpha[i] = static_cast<uint8_t>(17 * i);
+    for (int uv = 0; uv < 65536; ++uv) {
+      for (int i = 0; i < 16; ++i) {
+        u[i] = static_cast<uint8_t>(uv);
+        v[i] = static_cast<uint8_t>(uv >> 8);
+      }
+      for (int y0 = 0; y0 < 256; y0 += 16) {
+        for (int i = 0; i < 16; ++i) y[i] = static_cast<uint8_t>(y0 + i);
+        for (const int size : {0, 1}) {
+          uint8_t expected[64], got[64];
+          kStoreKernelsScalar.rgbLine[size](y, u, v, alpha, expected);
+          k->stores->rgbLine[size](y, u, v, alpha, got);
+          ASSERT_EQ(0, std::memcmp(expected, got, size == 0 ? 48 : 64)) << "u " << (uv & 255) << " v " << (uv >> 8);
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace vantaro::decoder
