@@ -84,19 +84,28 @@ bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, con
   }
   std::memset(half, 0, kHalfBytes);
   uint32_t dest = 0;
-  for (;;) {
-    if (e & kAlphaSlow) [[unlikely]] {
-      // The window holds 24 good bits; a pair is 20 at most.
+  // One entry: kMore, kEnd, or kFault when a run would leave the half. An
+  // entry takes 20 bits at most, so a refill serves two entries and the
+  // lookup after them; the refill's load stays off every other step.
+  const auto step = [&](uint64_t entry) {
+    if (entry & kAlphaSlow) [[unlikely]] {
       const Pair p = ReadPair(g, static_cast<uint32_t>(win.Bits()));
       win.Consume(p.length);
-      if (!Put(half, dest, p.run, p.value)) return false;
-    } else {
-      win.Consume(static_cast<uint32_t>(e & 0xFF));
-      if (e & kAlphaEnd) break;
-      if (!Put(half, dest, (e >> 16) & 0xFF, (e >> 24) & 0xFF)) return false;
-      if ((e & kAlphaSecond) && !Put(half, dest, (e >> 32) & 0xFF, (e >> 40) & 0xFF)) return false;
-      if (e & kAlphaThenEnd) break;
+      return Put(half, dest, p.run, p.value) ? Entry::kMore : Entry::kFault;
     }
+    win.Consume(static_cast<uint32_t>(entry & 0xFF));
+    if (entry & kAlphaEnd) return Entry::kEnd;
+    if (!Put(half, dest, (entry >> 16) & 0xFF, (entry >> 24) & 0xFF)) return Entry::kFault;
+    if ((entry & kAlphaSecond) && !Put(half, dest, (entry >> 32) & 0xFF, (entry >> 40) & 0xFF)) {
+      return Entry::kFault;
+    }
+    return entry & kAlphaThenEnd ? Entry::kEnd : Entry::kMore;
+  };
+  for (;;) {
+    Entry r = step(e);
+    if (r == Entry::kMore) r = step(t.entry[win.Bits() & 0xFFF]);
+    if (r == Entry::kFault) return false;
+    if (r == Entry::kEnd) break;
     win.Refill();
     e = t.entry[win.Bits() & 0xFFF];
   }
