@@ -12,14 +12,16 @@ constexpr uint32_t kHalfBytes = 128;
 
 // The walked table, one entry per 12-bit index, derived from the run and
 // value code tables: up to two whole (run, value) pairs, or an end marker
-// after the first. Bits 0..7: the bits the entry consumes; 8..15: flags;
-// 16..23, 24..31: the first pair's run and value; 32..39, 40..47: the
-// second's. A pair that does not fit in the index (a long run code with a
-// long value code) is read through the code tables instead.
-constexpr uint64_t kAlphaEnd = 0x100;      // the index opens with the end marker
-constexpr uint64_t kAlphaSlow = 0x200;     // the first pair is longer than the index
-constexpr uint64_t kAlphaSecond = 0x400;   // a second pair follows the first
-constexpr uint64_t kAlphaThenEnd = 0x800;  // the end marker follows the first pair
+// after the first. Bits 0..7: the bits the entry consumes; 8..15: twelve,
+// so that the entry is the bit-field-extract control for the next index
+// (see IndexStep); 16..23, 24..31: the first pair's run and value; 32..39,
+// 40..47: the second's; 48..51: flags. A pair that does not fit in the
+// index (a long run code with a long value code) is read through the code
+// tables instead.
+constexpr uint64_t kAlphaEnd = uint64_t{1} << 48;      // the index opens with the end marker
+constexpr uint64_t kAlphaSlow = uint64_t{2} << 48;     // the first pair is longer than the index
+constexpr uint64_t kAlphaSecond = uint64_t{4} << 48;   // a second pair follows the first
+constexpr uint64_t kAlphaThenEnd = uint64_t{8} << 48;  // the end marker follows the first pair
 
 struct AlphaPairTable {
   uint64_t entry[4096];
@@ -46,14 +48,14 @@ void Build(AlphaPairTable& t) {
     // cannot change a code that fits in them.
     const Pair first = ReadPair(g, i);
     if (first.end) {
-      t.entry[i] = kAlphaEnd | first.length;
+      t.entry[i] = kAlphaEnd | kAcNextIndexBits | first.length;
       continue;
     }
     if (first.length > 12) {
       t.entry[i] = kAlphaSlow;
       continue;
     }
-    uint64_t e = first.length | (uint64_t{first.run} << 16) | (uint64_t{first.value} << 24);
+    uint64_t e = kAcNextIndexBits | first.length | (uint64_t{first.run} << 16) | (uint64_t{first.value} << 24);
     const Pair second = ReadPair(g, i >> first.length);
     if (second.length <= 12 - first.length) {
       e += second.length;
@@ -73,6 +75,7 @@ VANTARO_FORCE_INLINE bool Put(uint8_t* half, uint32_t& dest, uint32_t run, uint3
 
 // Reads one half's differences into `half`. A half that opens with the end
 // code has no differences: every line repeats the predictor.
+template <IndexStep S>
 bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, const uint8_t* pred,
               BitWindow<>& win) {
   win.Refill();
@@ -84,15 +87,19 @@ bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, con
   }
   std::memset(half, 0, kHalfBytes);
   uint32_t dest = 0;
+  uint32_t index = 0;
   // One entry: kMore, kEnd, or kFault when a run would leave the half. An
   // entry takes 20 bits at most, so a refill serves two entries and the
-  // lookup after them; the refill's load stays off every other step.
+  // lookup after them; the refill's load stays off every other step. With
+  // kExtract the entry leaves the next index in `index`.
   const auto step = [&](uint64_t entry) {
     if (entry & kAlphaSlow) [[unlikely]] {
       const Pair p = ReadPair(g, static_cast<uint32_t>(win.Bits()));
       win.Consume(p.length);
+      index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
       return Put(half, dest, p.run, p.value) ? Entry::kMore : Entry::kFault;
     }
+    if constexpr (S == IndexStep::kExtract) index = ExtractIndex(win.Bits(), static_cast<uint32_t>(entry));
     win.Consume(static_cast<uint32_t>(entry & 0xFF));
     if (entry & kAlphaEnd) return Entry::kEnd;
     if (!Put(half, dest, (entry >> 16) & 0xFF, (entry >> 24) & 0xFF)) return Entry::kFault;
@@ -103,11 +110,11 @@ bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, con
   };
   for (;;) {
     Entry r = step(e);
-    if (r == Entry::kMore) r = step(t.entry[win.Bits() & 0xFFF]);
+    if (r == Entry::kMore) r = step(t.entry[S == IndexStep::kExtract ? index : win.Bits() & 0xFFF]);
     if (r == Entry::kFault) return false;
     if (r == Entry::kEnd) break;
     win.Refill();
-    e = t.entry[win.Bits() & 0xFFF];
+    e = t.entry[S == IndexStep::kExtract ? index : win.Bits() & 0xFFF];
   }
   // Undo the differencing, line after line: previous minus current. Through
   // a local line, so that the byte loop need not fear overlap and vectorises.
@@ -124,16 +131,20 @@ bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, con
 
 }  // namespace
 
+template <IndexStep S>
 bool ReadAlphaPlane(MacroblockScratch& scratch, const StreamView& stream, uint64_t& bitPos) {
   const AlphaPairTable& t = BuiltOnce<AlphaPairTable, Build>();
   const GlobalTables& g = Tables();
   uint8_t* plane = scratch.Alpha();
   BitWindow win(stream, bitPos);
-  if (!ReadHalf(t, g, plane, scratch.alphaRowPredictor, win)) return false;
-  if (!ReadHalf(t, g, plane + kHalfBytes, plane + kHalfBytes - 16, win)) return false;
+  if (!ReadHalf<S>(t, g, plane, scratch.alphaRowPredictor, win)) return false;
+  if (!ReadHalf<S>(t, g, plane + kHalfBytes, plane + kHalfBytes - 16, win)) return false;
   std::memcpy(scratch.alphaRowPredictor, plane + 240, 16);
   bitPos = win.Position();
   return true;
 }
+
+template bool ReadAlphaPlane<IndexStep::kShiftMask>(MacroblockScratch&, const StreamView&, uint64_t&);
+template bool ReadAlphaPlane<IndexStep::kExtract>(MacroblockScratch&, const StreamView&, uint64_t&);
 
 }  // namespace vantaro::decoder

@@ -12,7 +12,12 @@ namespace vantaro::decoder {
 
 // Reads both halves at `bitPos` into scratch.Alpha() and moves `bitPos` past
 // them; alphaRowPredictor ends as line 15. False when a run or a value would
-// land outside its half of 128 bytes.
+// land outside its half of 128 bytes. Both index steps read alike.
+template <IndexStep S>
 bool ReadAlphaPlane(MacroblockScratch& scratch, const StreamView& stream, uint64_t& bitPos);
+using ReadAlphaPlaneFn = bool (*)(MacroblockScratch& scratch, const StreamView& stream, uint64_t& bitPos);
+constexpr ReadAlphaPlaneFn ReadAlphaPlaneFor(bool extractIndex) {
+  return extractIndex ? &ReadAlphaPlane<IndexStep::kExtract> : &ReadAlphaPlane<IndexStep::kShiftMask>;
+}
 
 }  // namespace vantaro::decoder

@@ -29,7 +29,8 @@ Status DecodeSliceWalk(const CodecInstance& inst, const Kernels& kernels, uint8_
 
   const size_t readable = reader.end > reader.base ? static_cast<size_t>(reader.end - reader.base) : 0;
   const MacroblockContext ctx{BlockDecodeTablesInstance(), *kernels.blocks, Shape::Walk(kernels.extractIndex),
-                              inst.multiplierTable, StreamView{reader.base, readable}};
+                              ReadAlphaPlaneFor(kernels.extractIndex), inst.multiplierTable,
+                              StreamView{reader.base, readable}};
   const StoreKernels& storeKernels = *kernels.stores;
   const uint64_t limit = ctx.stream.SizeInBits();
   alignas(16) MacroblockScratch scratch;

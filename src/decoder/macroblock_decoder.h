@@ -21,6 +21,7 @@ struct MacroblockContext {
   const BlockDecodeTables& tables;
   const BlockKernels& kernels;
   DecodeBlocksFn decodeBlocks;
+  ReadAlphaPlaneFn readAlpha;
   const uint16_t* multipliers;
   StreamView stream;
 };
@@ -67,7 +68,7 @@ bool DecodeMacroblock(const MacroblockContext& ctx, MacroblockScratch& s, uint64
   ctx.kernels.clearBlocks(s.blocks[0], Shape::kClear);
   if (!ctx.decodeBlocks(ctx.tables, ctx.stream, bitPos, s.blocks)) return false;
   if constexpr (kRunLengthAlpha) {
-    if (!ReadAlphaPlane(s, ctx.stream, bitPos)) return false;
+    if (!ctx.readAlpha(s, ctx.stream, bitPos)) return false;
   }
   ReconstructDc(s.blocks, s.dcPredictor, Shape::kOrder, Shape::kCount);
   static_assert(Shape::kCount % 2 == 0, "blocks are transformed in pairs");

@@ -11,6 +11,7 @@
 #include "decoder/alpha_decoder.h"
 #include "decoder/stream_writer.h"
 #include "encoder/alpha_coder.h"
+#include "platform/processor.h"
 
 namespace vantaro {
 namespace {
@@ -41,20 +42,29 @@ TEST(AlphaRoundTrip, EveryLastPositionAndDensityReadsBack) {
     encoder::EncodeAlphaPlane(enc, w);
   }
   const decoder::StreamView view{stream.data(), stream.size()};
-  uint64_t bitPos = 0;
-  for (size_t n = 0; n < planes.size(); ++n) {
-    ASSERT_TRUE(decoder::ReadAlphaPlane(dec, view, bitPos)) << n;
-    ASSERT_EQ(std::memcmp(dec.Alpha(), planes[n].data(), 256), 0) << n;
+  for (const bool extract : {false, ProcessorHasBmi1()}) {
+    dec.ResetPredictors();
+    uint64_t bitPos = 0;
+    for (size_t n = 0; n < planes.size(); ++n) {
+      ASSERT_TRUE(decoder::ReadAlphaPlaneFor(extract)(dec, view, bitPos)) << n;
+      ASSERT_EQ(std::memcmp(dec.Alpha(), planes[n].data(), 256), 0) << n;
+    }
+    EXPECT_EQ(bitPos, w.bitPos);
   }
-  EXPECT_EQ(bitPos, w.bitPos);
 }
 
 TEST(AlphaRoundTrip, RunsThatLeaveTheirHalfAreRefused) {
   const auto reads = [](const std::vector<uint8_t>& bytes) {
-    MacroblockScratch s{};
-    s.ResetPredictors();
-    uint64_t bitPos = 0;
-    return decoder::ReadAlphaPlane(s, decoder::StreamView{bytes.data(), bytes.size()}, bitPos);
+    bool read[2];
+    for (const bool extract : {false, true}) {
+      MacroblockScratch s{};
+      s.ResetPredictors();
+      uint64_t bitPos = 0;
+      read[extract] = decoder::ReadAlphaPlaneFor(extract && ProcessorHasBmi1())(
+          s, decoder::StreamView{bytes.data(), bytes.size()}, bitPos);
+    }
+    EXPECT_EQ(read[0], read[1]);
+    return read[0];
   };
   EXPECT_TRUE(reads(test::StreamWriter().AlphaPair(5, 127).AlphaEnd().AlphaEnd().Bytes()));
   // A second pair after run 127 reaches byte 128 of a half.
