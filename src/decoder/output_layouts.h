@@ -127,11 +127,11 @@ struct RgbStore : LayoutTraits<CS> {
   template <Family F, AlphaCoding A>
   static void Store(const StoreKernels& k, const MacroblockScratch& s, const Planes& p, int32_t lines) {
     for (int32_t r = 0; r < lines; ++r) {
-      uint8_t luma[16], u[16], v[16], alpha[16];
+      uint8_t luma[16], uv[32], alpha[16];
       LumaBytes(k, s, r, luma);
-      ChromaOf<F>::RgbChroma(s, r, u, v);
+      ChromaOf<F>::RgbChroma(k, s, r, uv);
       if constexpr (kPixelBytes == 4) AlphaOf<A>::Bytes(k, s, r, alpha);
-      k.rgbLine[kPixelBytes - 3](luma, u, v, alpha, p.main + r * p.mainStride);
+      k.rgbLine[kPixelBytes - 3](luma, uv, uv + 16, alpha, p.main + r * p.mainStride);
     }
   }
 };

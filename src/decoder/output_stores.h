@@ -35,7 +35,14 @@ inline void RepeatPairs(const uint8_t* pairs, uint8_t* out) {
 
 // Where a chroma family's samples come from, ChromaOf<Family>. HalfPairs: the eight pairs serving output line r at half
 // horizontal rate; FullPairs: sixteen at full rate; Nv12Pairs: chroma line k
-// of a 4:2:0 plane; RgbChroma: packed U and V for each of 16 pixels.
+// of a 4:2:0 plane; RgbChroma: packed U then packed V for each of 16 pixels.
+
+// Eight U and eight V samples packed, each byte twice: 16 of U, 16 of V.
+inline void RepeatedChroma(const StoreKernels& k, const int16_t* u, const int16_t* v, uint8_t* uv) {
+  uint8_t packed[16];
+  k.packLine(u, v, packed);
+  k.interleave(packed, packed, uv);
+}
 
 // Full rate from half rate: each pair twice.
 template <class F>
@@ -70,11 +77,8 @@ struct ChromaOf<Family::k420> : RepeatedFullPairs<ChromaOf<Family::k420>> {
   static void Nv12Pairs(const StoreKernels& k, const MacroblockScratch& s, int32_t line, uint8_t* out) {
     k.rawPairs(s.blocks[4] + 8 * line, s.blocks[6] + 8 * line, out);
   }
-  static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
-    for (int c = 0; c < 16; ++c) {
-      u[c] = Pack(s.blocks[4][8 * (r >> 1) + (c >> 1)]);
-      v[c] = Pack(s.blocks[6][8 * (r >> 1) + (c >> 1)]);
-    }
+  static void RgbChroma(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* uv) {
+    RepeatedChroma(k, s.blocks[4] + 8 * (r >> 1), s.blocks[6] + 8 * (r >> 1), uv);
   }
 };
 
@@ -85,11 +89,8 @@ struct ChromaOf<Family::k422> : RepeatedFullPairs<ChromaOf<Family::k422>>,
   static void HalfPairs(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* out) {
     k.rawPairs(StripLine(s, 4, r), StripLine(s, 6, r), out);
   }
-  static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
-    for (int c = 0; c < 16; ++c) {
-      u[c] = Pack(StripLine(s, 4, r)[c >> 1]);
-      v[c] = Pack(StripLine(s, 6, r)[c >> 1]);
-    }
+  static void RgbChroma(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* uv) {
+    RepeatedChroma(k, StripLine(s, 4, r), StripLine(s, 6, r), uv);
   }
 };
 
@@ -103,9 +104,9 @@ struct ChromaOf<Family::k444> : AveragedNv12Pairs<ChromaOf<Family::k444>> {
     k.rawPairs(StripLine(s, 4, r), StripLine(s, 6, r), out);
     k.rawPairs(StripLine(s, 8, r), StripLine(s, 10, r), out + 16);
   }
-  static void RgbChroma(const MacroblockScratch& s, int32_t r, uint8_t* u, uint8_t* v) {
-    kStoreKernelsScalar.packLine(StripLine(s, 4, r), StripLine(s, 8, r), u);
-    kStoreKernelsScalar.packLine(StripLine(s, 6, r), StripLine(s, 10, r), v);
+  static void RgbChroma(const StoreKernels& k, const MacroblockScratch& s, int32_t r, uint8_t* uv) {
+    k.packLine(StripLine(s, 4, r), StripLine(s, 8, r), uv);
+    k.packLine(StripLine(s, 6, r), StripLine(s, 10, r), uv + 16);
   }
 };
 
