@@ -13,12 +13,13 @@ int16_t Lane(int32_t coefficient, int32_t x, int32_t offset = 0) {
 }
 
 // Coefficients are BT.601 studio-range matrix entries times 8192; the >> 8
-// leaves five fractional bits. 4112 = 128.5 * 32, 528 = 16.5 * 32.
+// leaves five fractional bits.
 void BuildColorLuts(GlobalTables& t) {
   for (int32_t x = 0; x < 256; ++x) {
-    t.lutBlue[x] = {{Lane(3596, x), Lane(-581, x), Lane(803, x), 0}};
-    t.lutGreen[x] = {{Lane(-2383, x), Lane(-3014, x), Lane(4129, x), 0}};
-    t.lutRed[x] = {{Lane(-1211, x, 4112), Lane(3596, x, 4112), Lane(2105, x, 528), 0}};
+    const RgbToYuvCoefficients& c = kRgbToYuv;
+    t.lutBlue[x] = {{Lane(c.blue[0], x), Lane(c.blue[1], x), Lane(c.blue[2], x), 0}};
+    t.lutGreen[x] = {{Lane(c.green[0], x), Lane(c.green[1], x), Lane(c.green[2], x), 0}};
+    t.lutRed[x] = {{Lane(c.red[0], x, c.offset[0]), Lane(c.red[1], x, c.offset[1]), Lane(c.red[2], x, c.offset[2]), 0}};
     const YuvToRgbCoefficients& k = kYuvToRgb;
     const int16_t y = Lane(k.luma, x - 16, 16);
     t.lutLuma[x] = {{y, y, y, 0}};

@@ -35,6 +35,15 @@ struct YuvToRgbCoefficients {
 };
 inline constexpr YuvToRgbCoefficients kYuvToRgb{9535, 16531, -3202, -6659, 13074};
 
+// The RGB-to-YUV coefficients, matrix entries times 8192, by source byte and
+// then by lane U, V, Y; the red lanes carry the offsets 128.5 and 16.5 in
+// five fractional bits (4112 = 128.5 * 32, 528 = 16.5 * 32).
+struct RgbToYuvCoefficients {
+  int16_t blue[3], green[3], red[3], offset[3];
+};
+inline constexpr RgbToYuvCoefficients kRgbToYuv{
+    {3596, -581, 803}, {-2383, -3014, 4129}, {-1211, 3596, 2105}, {4112, 4112, 528}};
+
 struct GlobalTables {
   // RGB to YUV, indexed by the pixel's own bytes; lanes U, V, Y, 0 with five
   // fractional bits. The sum of the three entries >> 5 gives the sample.

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "codec/color_lanes_sse2.h"
 #include "codec/global_tables.h"
 
 namespace vantaro::decoder {
@@ -71,14 +72,6 @@ void PackChromaStripSse2(const int16_t* u, const int16_t* v, int32_t chromaShift
     _mm_storel_epi64(reinterpret_cast<__m128i*>(outU + r * strideU), both);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(outV + r * strideV), _mm_srli_si128(both, 8));
   }
-}
-
-// (k * x) >> 8 kept to 16 bits: bits 8..23 of the 32-bit product, the low
-// byte of its high half over the high byte of its low half. Exactly a colour
-// table's lane.
-__m128i MulShift8(__m128i x, int16_t k) {
-  const __m128i kk = _mm_set1_epi16(k);
-  return _mm_or_si128(_mm_srli_epi16(_mm_mullo_epi16(x, kk), 8), _mm_slli_epi16(_mm_mulhi_epi16(x, kk), 8));
 }
 
 // Blue, green and red of eight pixels as 16-bit sums >> 5, from their

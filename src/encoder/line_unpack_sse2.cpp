@@ -1,11 +1,14 @@
 // The loaders' line unpacking in SSE2: byte lanes widened to 16 bits with
-// masks and shifts, and the RGB tables summed two pixels to a vector. Each
-// kernel writes exactly the fields its scalar twin writes.
+// masks and shifts, and the RGB tables' lanes computed eight pixels to a
+// vector. Each kernel writes exactly the fields its scalar twin writes.
 #include "encoder/encoder_kernels.h"
 
 #if defined(VANTARO_KERNELS_SSE2)
 #include <emmintrin.h>
 
+#include <cstring>
+
+#include "codec/color_lanes_sse2.h"
 #include "codec/global_tables.h"
 
 namespace vantaro::encoder {
@@ -89,57 +92,43 @@ void Ayuv(const uint8_t* s, LineSamples& out) {
   Store(out.v + 8, PixelByte<3>(p2, p3));
 }
 
-inline __m128i Entries(const ColorLanes& first, const ColorLanes& second) {
-  return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(first.lane)),
-                            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(second.lane)));
+// One lane (U, V or Y) of eight pixels from their blue, green and red:
+// the three tables' entries computed, added in 16-bit wrap, shifted by 5.
+inline __m128i RgbLane(__m128i b, __m128i g, __m128i r, int lane) {
+  const RgbToYuvCoefficients& c = kRgbToYuv;
+  const __m128i sum = _mm_add_epi16(_mm_add_epi16(MulShift8(b, c.blue[lane]), MulShift8(g, c.green[lane])),
+                                    _mm_add_epi16(MulShift8(r, c.red[lane]), _mm_set1_epi16(c.offset[lane])));
+  return _mm_srai_epi16(sum, 5);
 }
 
-// Two pixels a vector, lanes U V Y 0 each: table entries added in 16-bit
-// wrap and shifted by 5.
-inline __m128i PixelPair(const GlobalTables& tables, const uint8_t* p, const uint8_t* q) {
-  const __m128i sum = _mm_add_epi16(Entries(tables.lutBlue[p[0]], tables.lutBlue[q[0]]),
-                                    Entries(tables.lutGreen[p[1]], tables.lutGreen[q[1]]));
-  return _mm_srai_epi16(_mm_add_epi16(sum, Entries(tables.lutRed[p[2]], tables.lutRed[q[2]])), 5);
-}
-
-// Eight pixels' lanes from four pairs: Y as it stands, U and V lane by lane.
-inline void Transpose8(const __m128i (&pair)[4], __m128i& y, __m128i& u, __m128i& v) {
-  const __m128i a0 = _mm_unpacklo_epi16(pair[0], pair[1]);  // U0 U2 V0 V2 Y0 Y2 0 0
-  const __m128i a1 = _mm_unpackhi_epi16(pair[0], pair[1]);  // U1 U3 V1 V3 Y1 Y3 0 0
-  const __m128i a2 = _mm_unpacklo_epi16(pair[2], pair[3]);
-  const __m128i a3 = _mm_unpackhi_epi16(pair[2], pair[3]);
-  const __m128i even = _mm_unpacklo_epi32(a0, a2);  // U0 U2 U4 U6 V0 V2 V4 V6
-  const __m128i odd = _mm_unpacklo_epi32(a1, a3);
-  y = _mm_unpacklo_epi16(_mm_unpackhi_epi32(a0, a2), _mm_unpackhi_epi32(a1, a3));
-  u = _mm_unpacklo_epi16(even, odd);
-  v = _mm_unpackhi_epi16(even, odd);
-}
-
-// U and V saturate to 0..255 through a pack to bytes, widened back.
+// U and V saturate to 0..255 through a pack to bytes, widened back. A
+// 3-byte pixel is widened to four first: 4-byte loads, each overwritten by
+// the next but the last, which would reach past the line.
 template <int kBytes>
 void Rgb(const uint8_t* s, LineSamples& out) {
-  const GlobalTables& tables = Tables();
-  __m128i y[2], u[2], v[2];
-  for (int half = 0; half < 2; ++half) {
-    __m128i pair[4];
-    for (int k = 0; k < 4; ++k) {
-      const uint8_t* p = s + kBytes * (8 * half + 2 * k);
-      pair[k] = PixelPair(tables, p, p + kBytes);
-    }
-    Transpose8(pair, y[half], u[half], v[half]);
+  alignas(16) uint8_t wide[64];
+  const uint8_t* pixels = s;
+  if constexpr (kBytes == 3) {
+    for (int c = 0; c < 15; ++c) std::memcpy(wide + 4 * c, s + 3 * c, 4);
+    std::memcpy(wide + 60, s + 45, 3);
+    pixels = wide;
   }
+  const __m128i p0 = LoadU(pixels), p1 = LoadU(pixels + 16), p2 = LoadU(pixels + 32), p3 = LoadU(pixels + 48);
+  const __m128i b[2] = {PixelByte<0>(p0, p1), PixelByte<0>(p2, p3)};
+  const __m128i g[2] = {PixelByte<1>(p0, p1), PixelByte<1>(p2, p3)};
+  const __m128i r[2] = {PixelByte<2>(p0, p1), PixelByte<2>(p2, p3)};
   const __m128i zero = _mm_setzero_si128();
-  const __m128i u8 = _mm_packus_epi16(u[0], u[1]), v8 = _mm_packus_epi16(v[0], v[1]);
-  Store(out.y, y[0]);
-  Store(out.y + 8, y[1]);
+  const __m128i u8 = _mm_packus_epi16(RgbLane(b[0], g[0], r[0], 0), RgbLane(b[1], g[1], r[1], 0));
+  const __m128i v8 = _mm_packus_epi16(RgbLane(b[0], g[0], r[0], 1), RgbLane(b[1], g[1], r[1], 1));
+  Store(out.y, RgbLane(b[0], g[0], r[0], 2));
+  Store(out.y + 8, RgbLane(b[1], g[1], r[1], 2));
   Store(out.u, _mm_unpacklo_epi8(u8, zero));
   Store(out.u + 8, _mm_unpackhi_epi8(u8, zero));
   Store(out.v, _mm_unpacklo_epi8(v8, zero));
   Store(out.v + 8, _mm_unpackhi_epi8(v8, zero));
   if constexpr (kBytes == 4) {
-    const auto alpha = [&](int i) { return _mm_srli_epi32(LoadU(s + 4 * i), 24); };
-    const __m128i a = _mm_packus_epi16(_mm_packs_epi32(alpha(0), alpha(4)), _mm_packs_epi32(alpha(8), alpha(12)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out.a), a);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out.a),
+                     _mm_packus_epi16(PixelByte<3>(p0, p1), PixelByte<3>(p2, p3)));
   }
 }
 
@@ -182,7 +171,7 @@ void PlaneRows8(const uint8_t* source, ptrdiff_t lineDistance, int16_t* out, int
 }
 
 constexpr LoaderKernels kSse2Loaders = {Luma8, LumaAlpha, ChromaHalf, ChromaFull, Yuy2,
-                                        Uyvy,  Ayuv,      Rgb<3>,     Rgb<4>,
+                                        Uyvy,  Ayuv,      Rgb<3>, Rgb<4>,
                                         {Packed422Rows<false>, Packed422Rows<true>}, PlaneRows16, PlaneRows8};
 
 }  // namespace
