@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "codec/global_tables.h"
+#include "encoder/block_codes.h"
 
 namespace vantaro::encoder {
 namespace {
@@ -40,21 +41,25 @@ void DifferenceHalf(uint8_t* rows, uint8_t* previous) {
 void EncodeAlphaHalf(const uint8_t* rows, BitWriter& writer) {
   const uint32_t last = LastNonZero(rows);
   const GlobalTables& tables = Tables();
-  // A local copy: the stores go through a byte pointer, which would force
-  // the writer's fields back to memory after every code.
-  BitWriter w = writer;
+  // The block coder's writer: codes gather in a 64-bit accumulator, stored
+  // after every second one (a pair is 20 bits at most).
+  CodeWriter w = CodeWriter::From(writer);
   uint32_t run = 0;
+  bool second = false;
   for (uint32_t i = 0; i < last; ++i) {
     const uint8_t v = rows[i];
     if (v == 0) {
       ++run;
       continue;
     }
-    PutCode(w, tables.alphaPairCode[v][run], tables.alphaPairLength[v][run]);
+    w.Add(tables.alphaPairCode[v][run], tables.alphaPairLength[v][run]);
+    if (second) w.Flush();
+    second = !second;
     run = 0;
   }
-  PutAlphaEndMarker(w);
-  writer = w;
+  w.Add(kAlphaEndMarkerCode, kAlphaEndMarkerLength);
+  w.Flush();
+  w.To(writer);
 }
 
 void EncodeAlphaPlane(MacroblockScratch& scratch, BitWriter& writer) {
