@@ -48,14 +48,14 @@ void Build(AlphaPairTable& t) {
     // cannot change a code that fits in them.
     const Pair first = ReadPair(g, i);
     if (first.end) {
-      t.entry[i] = kAlphaEnd | kAcNextIndexBits | first.length;
+      t.entry[i] = kAlphaEnd | kExtractIndexBits | first.length;
       continue;
     }
     if (first.length > 12) {
       t.entry[i] = kAlphaSlow;
       continue;
     }
-    uint64_t e = kAcNextIndexBits | first.length | (uint64_t{first.run} << 16) | (uint64_t{first.value} << 24);
+    uint64_t e = kExtractIndexBits | first.length | (uint64_t{first.run} << 16) | (uint64_t{first.value} << 24);
     const Pair second = ReadPair(g, i >> first.length);
     if (second.length <= 12 - first.length) {
       e += second.length;

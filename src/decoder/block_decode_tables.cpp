@@ -127,7 +127,7 @@ void BuildAc(BlockDecodeTables& t) {
       }
     }
     t.acPair[i] = e;
-    t.acNext[i] = static_cast<uint16_t>((e & 63u) | kAcNextIndexBits);
+    t.acNext[i] = static_cast<uint16_t>((e & 63u) | kExtractIndexBits);
   }
 }
 

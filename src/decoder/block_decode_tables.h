@@ -57,7 +57,7 @@ constexpr int32_t AcPairLevel2(uint32_t e) { return static_cast<int32_t>(e) >> 2
 // Beside each entry, its bit-field-extract control: bits 0..7 the bits the
 // entry consumes, 8..15 the index's twelve. One extract with it takes the
 // next index from the window as it stood before the entry (see IndexStep).
-constexpr uint32_t kAcNextIndexBits = 12u << 8;
+constexpr uint32_t kExtractIndexBits = 12u << 8;
 
 struct BlockDecodeTables {
   uint32_t acPair[4096];
