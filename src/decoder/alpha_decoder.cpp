@@ -90,8 +90,9 @@ bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, con
   uint32_t index = 0;
   // One entry: kMore, kEnd, or kFault when a run would leave the half. An
   // entry takes 20 bits at most, so a refill serves two entries and the
-  // lookup after them; the refill's load stays off every other step. With
-  // kExtract the entry leaves the next index in `index`.
+  // lookup after them; the refill's load stays off every other step. Each
+  // entry leaves the next index in `index`; with kExtract it is taken from
+  // the window as it stood before the entry.
   const auto step = [&](uint64_t entry) {
     if (entry & kAlphaSlow) [[unlikely]] {
       const Pair p = ReadPair(g, static_cast<uint32_t>(win.Bits()));
@@ -101,6 +102,7 @@ bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, con
     }
     if constexpr (S == IndexStep::kExtract) index = ExtractIndex(win.Bits(), static_cast<uint32_t>(entry));
     win.Consume(static_cast<uint32_t>(entry & 0xFF));
+    if constexpr (S == IndexStep::kShiftMask) index = static_cast<uint32_t>(win.Bits()) & 0xFFF;
     if (entry & kAlphaEnd) return Entry::kEnd;
     if (!Put(half, dest, (entry >> 16) & 0xFF, (entry >> 24) & 0xFF)) return Entry::kFault;
     if ((entry & kAlphaSecond) && !Put(half, dest, (entry >> 32) & 0xFF, (entry >> 40) & 0xFF)) {
@@ -110,11 +112,11 @@ bool ReadHalf(const AlphaPairTable& t, const GlobalTables& g, uint8_t* half, con
   };
   for (;;) {
     Entry r = step(e);
-    if (r == Entry::kMore) r = step(t.entry[S == IndexStep::kExtract ? index : win.Bits() & 0xFFF]);
+    if (r == Entry::kMore) r = step(t.entry[index]);
     if (r == Entry::kFault) return false;
     if (r == Entry::kEnd) break;
     win.Refill();
-    e = t.entry[S == IndexStep::kExtract ? index : win.Bits() & 0xFFF];
+    e = t.entry[index];
   }
   // Undo the differencing, line after line: previous minus current. Through
   // a local line, so that the byte loop need not fear overlap and vectorises.
